@@ -1,0 +1,165 @@
+#include "korcoreplatform/main/string/TString.h"
+
+#include "korsys/main/error/StringException.h"
+#include "korsys/tests/support/KorTest.h"
+
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+#include <QRegularExpression>
+#include <QString>
+
+#include <sstream>
+#include <type_traits>
+#include <unordered_map>
+
+namespace {
+
+QString const kWithZero = QString("a") + QChar(0) + QString("b");
+
+TEST(TStringQtTest, TakesQtTextsInThreeWays)
+{
+    // Construction keeps the zero unit and what follows it ...
+    EXPECT_EQ(TString(kWithZero).length(), 3);
+    EXPECT_EQ(TString::fromQString(kWithZero), QStringToTString(kWithZero));
+    EXPECT_EQ((TString(u"-") + kWithZero).length(), 4);
+    // ... comparison, search and += stop before it ...
+    EXPECT_TRUE(TString(u"a") == kWithZero);
+    EXPECT_FALSE(TString(kWithZero) == kWithZero);
+    EXPECT_GT(TString(u"ab").compare(kWithZero), 0);
+    EXPECT_TRUE(TString(u"xA").endsWith(kWithZero, TString::CaseInsensitive));
+    EXPECT_TRUE(TString(u"ac").startsWith(kWithZero));
+    EXPECT_TRUE(TString(u"ca").contains(kWithZero));
+    EXPECT_EQ(TString(u"-") += kWithZero, u"-a");
+    // ... and bytes are UTF-8 up to the first zero byte.
+    QByteArray const bytes("\xC3\xA4" "b\0cd", 6);
+    EXPECT_EQ(TString(bytes), u"\u00E4b");
+    EXPECT_EQ(TString(u"-") += bytes, u"-\u00E4b");
+    TString assigned(u"old");
+    assigned = bytes;
+    EXPECT_EQ(assigned, u"\u00E4b");
+}
+
+TEST(TStringQtTest, GivesQtTexts)
+{
+    EXPECT_TRUE(TString().toQString().isNull());
+    EXPECT_TRUE(TStringToQString(TStringCore(u"x").truncate(0)).isNull());
+    EXPECT_EQ(TString(kWithZero).toQString(), kWithZero);
+    QString qText("theirs");
+    TString text(u"ours");
+    text.swap(qText);
+    EXPECT_EQ(text, u"theirs");
+    EXPECT_EQ(qText, QString("ours"));
+}
+
+TEST(TStringQtTest, RegularExpressions)
+{
+    QRegularExpression const digits("[0-9]+");
+    QRegularExpression const invalid("(");
+    TString const text(u"a1b22c");
+    EXPECT_EQ(TString(text).replace(digits, u"<\\0>"), u"a<1>b<22>c");
+    EXPECT_EQ(TString(text).removeAll(digits), u"abc");
+    EXPECT_EQ(text.section(digits, 1, 1), u"b");
+    EXPECT_EQ(TString(text).replace(invalid, u"x"), text);
+    EXPECT_EQ(text.section(invalid, 0), u"");
+}
+
+TEST(TStringTest, CollationSortsTheEmptyTextLast)
+{
+    EXPECT_EQ(TString().CollateNoCase(u"x"), 1);
+    EXPECT_EQ(TString(u"x").CollateNoCase(u""), -1);
+    EXPECT_EQ(TString(u"x").CollateNoCase(nullptr), -1);
+    EXPECT_EQ(TString().CollateNoCase(nullptr), 0);
+    EXPECT_EQ(TString(u"x").CollateNoCase(u"x"), 0);
+    EXPECT_NE(TString(u"x").CollateNoCase(u"X"), 0); // case counts, whatever the name says
+    EXPECT_EQ(TString(u"a").CollateNoCase(u"b"), -TString(u"b").CollateNoCase(u"a"));
+}
+
+TEST(TStringTest, OperandsOfEveryType)
+{
+    TString const text(u"b");
+    EXPECT_TRUE(text == u"b" && u"b" == text && text == u'b' && u'b' == text);
+    EXPECT_TRUE(text == TStringCore(u"b") && TStringCore(u"b") == text);
+    EXPECT_TRUE(text != u"c" && u"c" != text && text != u'c' && u'c' != text);
+    EXPECT_TRUE(text < u"c" && u"a" < text && text < u'c' && u'a' < text);
+    EXPECT_TRUE(text <= u"b" && u"b" <= text && text <= u'b' && u'b' <= text);
+    EXPECT_TRUE(text > u"a" && u"c" > text && text > u'a' && u'c' > text);
+    EXPECT_TRUE(text >= u"b" && u"b" >= text && text >= u'b' && u'b' >= text);
+    EXPECT_TRUE(text < QString("c") && text >= QString("b") && text != QString("B"));
+    EXPECT_EQ(u"a" + text + u'c' + QString("d"), u"abcd");
+    EXPECT_EQ(u'a' + text + u"c", u"abc");
+    EXPECT_EQ(QString("a") + text, u"ab");
+    // An array is not taken for a truth value or a count.
+    static_assert(!std::is_convertible_v<int, TString>);
+}
+
+TEST(TStringTest, ChainedSumsKeepLongBlocks)
+{
+    TString const part(u"a part of twenty uni");
+    TString const sum = part + part + part + u'!' + u"?";
+    EXPECT_EQ(sum, part.repeated(3) + u"!?");
+    EXPECT_EQ(part, u"a part of twenty uni");
+}
+
+TEST(TStringLegacyTest, AnswersAsOlderCallersExpect)
+{
+    TString text(u"hello");
+    EXPECT_EQ(text.Insert(0, u'>'), 6);
+    EXPECT_EQ(text.Delete(0), 5);
+    EXPECT_EQ(text.Remove(u'l'), 2);
+    EXPECT_EQ(text, u"heo");
+    EXPECT_EQ(text.Replace(u"e", u"ee"), 1);
+    EXPECT_EQ(text.Replace(u'e', u'E'), 2);
+    EXPECT_EQ(text.Find(u"EE"), 1);
+    EXPECT_EQ(text.ReverseFind(u'E'), 2);
+    EXPECT_EQ(text.Append(u"abc", 2), u"hEEoab");
+    EXPECT_EQ(text.Append(u"abc", 9).Right(3), u"abc");
+    EXPECT_NE(TString(u"abc").Compare(u"ABC"), 0);
+    EXPECT_EQ(TString(u"abc").CompareNoCase(u"ABC"), 0);
+    EXPECT_EQ(TString(u"Ab").MakeUpper().MakeLower().AppendChar(u'c'), u"abc");
+    text.SetAt(0, u'H');
+    EXPECT_EQ(text.GetAt(0), u'H');
+    EXPECT_EQ(text.SetString(u"xyz", 2), u"xy");
+}
+
+TEST(TStringLegacyTest, BuffersAreWrittenAndReleased)
+{
+    TString text(u"some text in a block of its own");
+    TString const copy(text);
+    char16_t* buffer = text.GetBuffer(40);
+    EXPECT_GE(text.capacity(), 40);
+    buffer[0] = u'S';
+    buffer[4] = 0;
+    text.ReleaseBuffer();
+    EXPECT_EQ(text, u"Some");
+    EXPECT_EQ(copy, u"some text in a block of its own");
+    buffer = text.GetBufferSetLength(3);
+    buffer[2] = u'!';
+    text.ReleaseBuffer(3);
+    EXPECT_EQ(text, u"So!");
+    EXPECT_KOR_ERROR(text.GetBufferSetLength(-1), StringException, "StringException_AutoGen_0xDBED6C12");
+    EXPECT_KOR_ERROR(text.ReleaseBuffer(text.capacity() + 1), StringException,
+                     "StringException_AutoGen_0xDBED6C12");
+    EXPECT_EQ(text, u"So!");
+}
+
+TEST(TStringTest, HashesAndPrintsByItsUnits)
+{
+    std::unordered_map<TString, int> map;
+    map[u"key"] = 1;
+    EXPECT_EQ(map[TString(u"key and more").truncate(3)], 1);
+    EXPECT_EQ(std::hash<TString>()(u"key"), std::hash<TStringCore>()(u"key"));
+    std::ostringstream out;
+    out << TString(u"\u20AC") << u' ' << TStringCore(u"x");
+    EXPECT_EQ(out.str().substr(0, 3), "\xE2\x82\xAC");
+}
+
+TEST(TStringTest, NarrowTextIsUtf8AndNarrowUnitsAreLatin1)
+{
+    EXPECT_EQ(TString("\xC3\xA4"), u"\u00E4");
+    EXPECT_EQ(TString('\xE4', 2), u"\u00E4\u00E4");
+    EXPECT_EQ(TString(u"x").append("\xC3\xA4").append('\xE4'), u"x\u00E4\u00E4");
+    EXPECT_TRUE(TString(u"x\u00E4").contains("\xC3\xA4"));
+}
+
+} // namespace

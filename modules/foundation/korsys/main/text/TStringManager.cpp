@@ -1,0 +1,155 @@
+#include "korsys/main/text/TStringManager.h"
+
+#include "korsys/main/text/TStringErrors_p.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr std::size_t kBlockGranularity = 16; // allocators round up to this much anyway
+
+// A text that grows out of its object is likely to grow on.
+constexpr int kFirstBlockUnits = 39;
+
+std::size_t BlockBytes(std::int64_t capacity)
+{
+    std::size_t const units = static_cast<std::size_t>(capacity) + 1;
+    std::size_t const bytes = sizeof(TLongStringHeader) + units * sizeof(char16_t);
+    return (bytes + kBlockGranularity - 1) / kBlockGranularity * kBlockGranularity;
+}
+
+void CheckLength(std::int64_t length)
+{
+    if (length > TStringManager::kMaxLength) {
+        TStringErrors::ThrowTooLong(length);
+    }
+}
+
+std::int64_t GrownCapacity(std::int64_t oldCapacity, std::int64_t wanted)
+{
+    std::int64_t const grown = oldCapacity + oldCapacity / 2;
+    return std::min<std::int64_t>(std::max(grown, wanted), TStringManager::kMaxLength);
+}
+
+} // namespace
+
+TLongStringHeader* TLongStringHeader::create(std::int64_t capacity)
+{
+    std::size_t const bytes = BlockBytes(capacity);
+    void* const memory = std::malloc(bytes);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    auto* const header = new (memory) TLongStringHeader;
+    header->references.store(1, std::memory_order_relaxed);
+    std::size_t const units = (bytes - sizeof(TLongStringHeader)) / sizeof(char16_t) - 1;
+    header->capacity = static_cast<std::int32_t>(
+        std::min<std::size_t>(units, static_cast<std::size_t>(TStringManager::kMaxLength)));
+    return header;
+}
+
+void TLongStringHeader::destroy(TLongStringHeader* header) noexcept
+{
+    std::free(header);
+}
+
+/// Continues on a block of its own with the first `keptUnits` units, the length set to them.
+void TStringManager::moveToBlock(std::int64_t capacity, int keptUnits)
+{
+    TLongStringHeader* const block = TLongStringHeader::create(capacity);
+    std::memcpy(block->text(), constData(), static_cast<std::size_t>(keptUnits) * sizeof(char16_t));
+    block->text()[keptUnits] = 0;
+    block->length = keptUnits;
+    if (isLong()) {
+        header()->release();
+    }
+    setHeader(block);
+}
+
+void TStringManager::detach()
+{
+    moveToBlock(std::max(length(), kShortCapacity + 1), length());
+}
+
+char16_t* TStringManager::setLength(int n) noexcept
+{
+    if (!isLong()) {
+        setShortLength(n);
+        return m_units;
+    }
+    TLongStringHeader* const block = header();
+    block->length = n;
+    block->text()[n] = 0;
+    return block->text();
+}
+
+char16_t* TStringManager::resize(int n)
+{
+    n = std::max(n, 0);
+    CheckLength(n);
+    int const kept = std::min(n, length());
+    if (n > capacity()) {
+        // The first step out of the object takes just what is asked for; later ones grow by half.
+        moveToBlock(isLong() ? GrownCapacity(capacity(), n) : n, kept);
+    } else if (isShared()) {
+        if (n <= kShortCapacity) {
+            TStringManager shorter;
+            shorter.assignShort(constData(), kept);
+            swap(shorter);
+        } else {
+            moveToBlock(n, kept);
+        }
+    }
+    return setLength(n);
+}
+
+char16_t* TStringManager::resizeForOverwrite(int n)
+{
+    n = std::max(n, 0);
+    CheckLength(n);
+    if (n <= kShortCapacity) {
+        clear();
+    } else if (n > capacity() || isShared()) {
+        TLongStringHeader* const block = TLongStringHeader::create(n);
+        if (isLong()) {
+            header()->release();
+        }
+        setHeader(block);
+    }
+    return setLength(n);
+}
+
+char16_t* TStringManager::extendSlowly(int n)
+{
+    int const oldLength = length();
+    std::int64_t const newLength = static_cast<std::int64_t>(oldLength) + n;
+    CheckLength(newLength);
+    std::int64_t const room = GrownCapacity(oldLength, newLength);
+    moveToBlock(isLong() ? room : std::max<std::int64_t>(room, kFirstBlockUnits), oldLength);
+    return setLength(static_cast<int>(newLength)) + oldLength;
+}
+
+void TStringManager::reserve(int n)
+{
+    CheckLength(n);
+    if (n > capacity() || (n > kShortCapacity && isShared())) {
+        moveToBlock(std::max(n, length()), length());
+    }
+}
+
+void TStringManager::squeeze()
+{
+    int const n = length();
+    if (!isLong()) {
+        return;
+    }
+    if (n <= kShortCapacity) {
+        TStringManager shorter;
+        shorter.assignShort(constData(), n);
+        swap(shorter);
+    } else if (!isShared() && BlockBytes(n) < BlockBytes(capacity())) {
+        moveToBlock(n, n);
+    }
+}

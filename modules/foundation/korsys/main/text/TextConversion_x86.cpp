@@ -1,0 +1,27 @@
+#include "korsys/main/text/TextConversionX86_p.h"
+
+namespace TextConversion {
+namespace {
+
+bool HasAvx2()
+{
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("popcnt");
+}
+
+} // namespace
+
+Kernels const& BestKernels()
+{
+    return HasAvx2() ? kAvx2Kernels : kSse2Kernels;
+}
+
+std::vector<Kernels const*> UsableKernels()
+{
+    std::vector<Kernels const*> usable = {&kScalarKernels, &kSse2Kernels};
+    if (HasAvx2()) {
+        usable.push_back(&kAvx2Kernels);
+    }
+    return usable;
+}
+
+} // namespace TextConversion

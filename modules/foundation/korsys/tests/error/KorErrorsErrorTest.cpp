@@ -1,0 +1,41 @@
+#include "korsys/main/error/KorErrorsError.h"
+
+#include "korsys/tests/support/KorTest.h"
+
+#include <cstdio>
+#include <set>
+#include <string>
+
+namespace {
+
+TEST(KorErrorsErrorTest, EveryIdStringSpellsItsNumberAndNoneComesTwice)
+{
+    KorvelError const all[] = {
+#define KOR_ERROR_ID(category, kind, number, message) KorErrorsError::kind##_##number(),
+#include "korsys/main/error/KorErrorIds.h"
+    };
+    std::set<unsigned int> numbers;
+    for (KorvelError const& error : all) {
+        std::string const name = error.GetName().toStdString();
+        char digits[16];
+        std::snprintf(digits, sizeof(digits), "_0x%08X", error.GetId());
+        std::string const category = name.substr(0, name.find('_'));
+        std::string const kind = category == "LogicException"  ? "_LogicAssert"
+                                 : error.GetId() == 0x47B61D6A ? "_TFile"
+                                                               : "_AutoGen";
+        EXPECT_EQ(name, category + kind + digits);
+        EXPECT_TRUE(numbers.insert(error.GetId()).second) << name;
+    }
+}
+
+TEST(KorErrorsErrorTest, FactoriesCarryTheIdsThatHandlersKnow)
+{
+    EXPECT_EQ(KorErrorsError::AutoGen_0x8CA372D6().GetId(), 0x8CA372D6);
+    EXPECT_EQ(KorErrorsError::AutoGen_0x00985BE7().GetName(), // zeros first, a scan string's
+              u"TFormatStringException_AutoGen_0x00985BE7");
+    EXPECT_EQ(KorErrorsError::TFile_0x47B61D6A().GetName(), u"TIOException_TFile_0x47B61D6A");
+    EXPECT_EQ(KorErrorsError::LogicAssert_0x9B334DB6().GetName(),
+              u"LogicException_LogicAssert_0x9B334DB6");
+}
+
+} // namespace

@@ -1,0 +1,155 @@
+#include "korsys/main/error/KorvelException.h"
+
+#include "korsys/main/error/KorErrorsError.h"
+#include "korsys/main/error/LogicException.h"
+#include "korsys/main/error/StringException.h"
+#include "korsys/main/error/ThrowError.h"
+#include "korsys/tests/support/KorTest.h"
+
+#include <exception>
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using Messages = std::vector<TStringCore>;
+
+TError::ErrorInfo AnyInfo()
+{
+    return TError::ErrorInfo(KorErrorsError::AutoGen_0x8CA372D6(), TError::ErrorSource::Internal,
+                             grpc::UNKNOWN);
+}
+
+/// A class as other libraries derive it, with an argument of its own.
+class DerivedException : public KorvelException
+{
+public:
+    DerivedException(TStringCore const& message, TError::ErrorInfo const& info, int frames = 0)
+        : KorvelException(message, info)
+    {
+        for (int i = 0; i < frames; ++i) {
+            StackMessage(u"frame");
+        }
+    }
+    DerivedException* Clone() const override { return new DerivedException(*this); }
+    [[noreturn]] void Throw() const override { throw DerivedException(*this); }
+};
+
+/// Converts to a text and to a format string, as the format strings above this layer do.
+struct BothWays
+{
+    operator TStringCore() const { return u"text"; }
+    operator TFormatStringCore() const { return TFormatStringCore(u"%1!").arg({u"format"}); }
+};
+
+TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryForm)
+{
+    struct Case
+    {
+        int line;
+        KorvelException exception;
+        Messages messages;
+        char const* what;
+        char16_t const* logLine;
+    };
+    KorvelException stacked(u"m", AnyInfo());
+    stacked.StackMessage(u"b");
+    stacked.StackMessageFront(u"a");
+    Case const cases[] = {
+        {__LINE__, stacked, {u"a", u"m", u"b"}, "a\nm\nb", u"a | m | b"},
+        {__LINE__, {u"Stra\u00DF", AnyInfo()}, {u"Stra\u00DF"}, "Stra\xC3\x9F", u"Stra\u00DF"},
+        {__LINE__, {Messages{u"1", u"", u"3"}, AnyInfo()}, {u"1", u"", u"3"}, "1\n\n3", u"1 |  | 3"},
+        {__LINE__, {Messages(), AnyInfo()}, {}, "", u""},
+        {__LINE__, {TFormatStringCore(u"%1%2").arg({u"3"}), AnyInfo()}, {u"3%2"}, "3%2", u"3%2"},
+        {__LINE__, {BothWays(), AnyInfo()}, {u"format!"}, "format!", u"format!"},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        EXPECT_EQ(c.exception.GetMessages(), c.messages);
+        EXPECT_EQ(c.exception.GetMessagesFront(), c.messages.empty() ? u"" : c.messages.front());
+        EXPECT_STREQ(c.exception.what(), c.what);
+        EXPECT_EQ(c.exception.GetConcatenatedMessages(), TStringCore::fromUtf8(c.what));
+        EXPECT_EQ(c.exception.CollateMessagesForLog(), c.logLine);
+    }
+}
+
+TEST(KorvelExceptionTest, CopiesNeverThrowAndChangeAlone)
+{
+    static_assert(std::is_nothrow_copy_constructible_v<LogicException>);
+    KorvelException const original(u"m", AnyInfo());
+    KorvelException front(original);
+    KorvelException back(u"other", AnyInfo());
+    back = original;
+    front.StackMessageFront(u"a");
+    back.StackMessage(u"z");
+    EXPECT_STREQ(original.what(), "m");
+    EXPECT_STREQ(front.what(), "a\nm");
+    EXPECT_STREQ(back.what(), "m\nz");
+}
+
+TEST(KorvelExceptionTest, CloneAndThrowKeepTheDynamicType)
+{
+    std::unique_ptr<KorvelException> const exceptions[] = {
+        std::make_unique<KorvelException>(u"m", AnyInfo()),
+        std::make_unique<StringException>(u"m", AnyInfo()),
+        std::make_unique<LogicException>(u"m", AnyInfo()),
+        std::make_unique<DerivedException>(u"m", AnyInfo()),
+    };
+    for (auto const& exception : exceptions) {
+        std::unique_ptr<KorvelException> const clone(exception->Clone());
+        EXPECT_NE(clone, exception);
+        EXPECT_TRUE(KorTest::ThrowsError([&] { clone->Throw(); }, typeid(*exception),
+                                         "KorvelException_AutoGen_0x8CA372D6"));
+    }
+}
+
+TEST(KorvelExceptionTest, ThrowErrorBuildsTheRecordOfTheThrowingPlace)
+{
+    EXPECT_KOR_ERROR(ThrowError<StringException>(u"plain", &KorErrorsError::AutoGen_0xDBED6C12),
+                     StringException, "StringException_AutoGen_0xDBED6C12");
+    try {
+        ThrowError<KorvelException>(u"plain", &KorErrorsError::AutoGen_0x8CA372D6);
+    } catch (KorvelException const& e) {
+        EXPECT_STREQ(e.what(), "plain");
+        EXPECT_EQ(static_cast<int>(e.GetErrorInfo().GetErrorSource()), 4);
+        EXPECT_EQ(static_cast<int>(e.GetErrorInfo().GetStatusCode()), 2);
+    }
+    try {
+        ThrowError<DerivedException>(TStringCore(u"m"), &KorErrorsError::AutoGen_0xB5B83DCB,
+                                     TError::ErrorSource::System, 2);
+    } catch (DerivedException const& e) {
+        EXPECT_STREQ(e.what(), "m\nframe\nframe");
+        EXPECT_EQ(static_cast<int>(e.GetErrorInfo().GetErrorSource()), 2);
+    }
+}
+
+TEST(KorvelExceptionTest, LogicAssertNamesPlaceAndText)
+{
+    struct Case
+    {
+        char const* file;
+        int line;
+        char const* text;
+        char const* what;
+    };
+    Case const cases[] = {
+        {"main/%2", 176, "a %1 b", R"(Internal error in file "main/%2" at line 176: a %1 b)"},
+        // The path is Latin-1, the text UTF-8.
+        {"\xFC", -1, "\xC3\xBC", "Internal error in file \"\xC3\xBC\" at line -1: \xC3\xBC"},
+        {nullptr, 0, nullptr, R"(Internal error in file "" at line 0: )"},
+    };
+    for (Case const& c : cases) {
+        EXPECT_KOR_ERROR(
+            try {
+                ThrowLogicException(c.file, c.line, c.text,
+                                    KorErrorsError::LogicAssert_0x0AAE8A7B());
+            } catch (std::exception const& e) {
+                EXPECT_STREQ(e.what(), c.what);
+                throw;
+            },
+            LogicException, "LogicException_LogicAssert_0x0AAE8A7B");
+    }
+}
+
+} // namespace

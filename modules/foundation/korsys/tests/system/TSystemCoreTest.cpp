@@ -1,0 +1,96 @@
+#include "korsys/main/system/TSystemCore.h"
+
+#include "korsys/tests/support/KorTest.h"
+
+#include <cstdint>
+#include <string>
+#include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+bool ProcessIDIsTheSystems()
+{
+    return TSystemCore::ProcessID() == static_cast<std::uint32_t>(::getpid());
+}
+
+TPathCore Path(std::string const& path)
+{
+    return TPathCore(TStringCore::fromStdString(path));
+}
+
+TEST(TSystemCoreTest, AThreadHasItsOwnIdAndTheIdOfTheProcess)
+{
+    std::uint64_t other = 0;
+    std::thread([&other] {
+        other = TSystemCore::ThreadID();
+        EXPECT_EQ(TSystemCore::ThreadID(), other);
+        EXPECT_TRUE(ProcessIDIsTheSystems());
+    }).join();
+    EXPECT_NE(other, 0u);
+    EXPECT_NE(other, TSystemCore::ThreadID());
+    EXPECT_TRUE(ProcessIDIsTheSystems());
+}
+
+TEST(TSystemCoreTest, AForkedChildHasItsOwnIds)
+{
+    std::uint32_t const parent = TSystemCore::ProcessID();
+    std::uint64_t const parentsThread = TSystemCore::ThreadID();
+    pid_t const child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        bool const isOwn = ProcessIDIsTheSystems() && TSystemCore::ThreadID() != parentsThread;
+        ::_exit(isOwn ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(TSystemCore::ProcessID(), parent);
+    EXPECT_EQ(TSystemCore::ThreadID(), parentsThread);
+}
+
+TEST(TSystemCoreTest, PathsLeadToTheExecutableAndToModules)
+{
+    struct Case
+    {
+        int line;
+        void const* address;
+        TPathCore directory;
+    };
+    auto* const here = reinterpret_cast<void const*>(&ProcessIDIsTheSystems);
+    auto* const library = reinterpret_cast<void const*>(&TSystemCore::ModuleFilename);
+    EXPECT_EQ(TSystemCore::ModuleFilename(here), TSystemCore::ExecutableFilename());
+    EXPECT_NE(TSystemCore::ModuleFilename(library), TSystemCore::ExecutableFilename());
+    Case const cases[] = {
+        {__LINE__, here, TSystemCore::ExecutablePath()},
+        {__LINE__, library, TSystemCore::ModuleDirectory(library)},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        std::string const file =
+            TSystemCore::ModuleFilename(c.address).GenericString().toStdString();
+        std::size_t const slash = file.rfind('/');
+        EXPECT_EQ(::access(file.c_str(), R_OK), 0) << file;
+        EXPECT_EQ(file.front(), '/');
+        EXPECT_EQ(c.directory, Path(file.substr(0, slash)));
+        // By name, by path, and by another spelling of the path.
+        for (std::string const& module : {file.substr(slash + 1), file, "/." + file}) {
+            EXPECT_EQ(TSystemCore::ModulePath(Path(module)), c.directory) << module;
+        }
+    }
+    EXPECT_EQ(TSystemCore::ModulePath(TPathCore()), TSystemCore::ExecutablePath());
+}
+
+TEST(TSystemCoreTest, WhatIsNotLoadedHasNoPath)
+{
+    int local = 0;
+    EXPECT_EQ(TSystemCore::ModuleFilename(&local), TPathCore());
+    EXPECT_EQ(TSystemCore::ModuleDirectory(nullptr), TPathCore());
+    for (char const* const module : {"no-such-module.so", "/no/such/module.so", "/"}) {
+        EXPECT_EQ(TSystemCore::ModulePath(Path(module)), TPathCore()) << module;
+    }
+}
+
+} // namespace

@@ -1,0 +1,370 @@
+#include "korsys/main/text/TextConversion_p.h"
+
+#include "korsys/main/text/TextConversionKernels_p.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <unicode/ustring.h>
+
+using TextConversion::Kernels;
+
+namespace {
+
+/// A copy in a heap block of its exact size, so that a sanitizer sees every access outside it.
+template <class T>
+std::unique_ptr<T[]> Exact(std::basic_string<T> const& text)
+{
+    std::unique_ptr<T[]> copy(new T[text.size()]);
+    std::copy(text.begin(), text.end(), copy.get());
+    return copy;
+}
+
+/// What ICU makes of the bytes; `wellFormed` tells whether it had to replace any.
+std::u16string IcuDecode(std::string const& bytes, bool* wellFormed = nullptr)
+{
+    std::u16string units(bytes.size(), u'\0');
+    int32_t length = 0;
+    int32_t replaced = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    ::u_strFromUTF8WithSub(&units[0], static_cast<int32_t>(units.size()), &length, bytes.data(),
+                           static_cast<int32_t>(bytes.size()), 0xFFFD, &replaced, &status);
+    EXPECT_TRUE(U_SUCCESS(status));
+    if (wellFormed != nullptr) {
+        *wellFormed = replaced == 0;
+    }
+    units.resize(static_cast<std::size_t>(length));
+    return units;
+}
+
+std::string IcuEncode(std::u16string const& units)
+{
+    std::string bytes(3 * units.size(), '\0');
+    int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    ::u_strToUTF8WithSub(&bytes[0], static_cast<int32_t>(bytes.size()), &length, units.data(),
+                         static_cast<int32_t>(units.size()), 0xFFFD, nullptr, &status);
+    EXPECT_TRUE(U_SUCCESS(status));
+    bytes.resize(static_cast<std::size_t>(length));
+    return bytes;
+}
+
+/// Each version must convert well-formed bytes, refuse others, and stay inside its memory.
+void CheckDecoding(std::string const& bytes)
+{
+    bool wellFormed = false;
+    std::u16string const expected = IcuDecode(bytes, &wellFormed);
+    std::size_t const n = bytes.size();
+    auto const from = Exact(bytes);
+    for (Kernels const* kernels : TextConversion::UsableKernels()) {
+        SCOPED_TRACE(kernels->name);
+        std::size_t const units = kernels->countUtf16(from.get(), n);
+        std::u16string const room(units, u'\xABCD');
+        auto const to = Exact(room);
+        ASSERT_EQ(kernels->decodeUtf8(from.get(), n, to.get(), units), wellFormed);
+        if (wellFormed) {
+            ASSERT_EQ(std::u16string(to.get(), units), expected);
+        }
+    }
+    std::unique_ptr<char16_t[]> result;
+    std::size_t length = 0;
+    TextConversion::Utf8ToUtf16(from.get(), n, [&](std::size_t units) {
+        result.reset(new char16_t[units]);
+        length = units;
+        return result.get();
+    });
+    ASSERT_EQ(std::u16string(result.get(), length), expected);
+}
+
+void CheckEncoding(std::u16string const& units)
+{
+    std::string const expected = IcuEncode(units);
+    std::size_t const n = units.size();
+    auto const from = Exact(units);
+    for (Kernels const* kernels : TextConversion::UsableKernels()) {
+        SCOPED_TRACE(kernels->name);
+        std::size_t const bytes = kernels->countUtf8(from.get(), n);
+        ASSERT_EQ(bytes, expected.size());
+        for (std::size_t const slack : {0, 7, 200}) {
+            std::unique_ptr<char[]> const to(new char[bytes + slack]);
+            ASSERT_EQ(kernels->encodeUtf8(from.get(), n, to.get(), bytes + slack), bytes);
+            ASSERT_EQ(std::string(to.get(), bytes), expected);
+        }
+        std::u32string points(kernels->countPairs(from.get(), n), U'\0');
+        ASSERT_EQ(points.size(), kernels->countPairs(from.get(), n));
+    }
+    ASSERT_EQ(TextConversion::ToUtf8(from.get(), n), expected);
+}
+
+struct BadBytes
+{
+    int line;
+    std::string bytes;
+    std::u16string expected;
+};
+
+std::vector<BadBytes> AllBadBytes()
+{
+    return {
+        {__LINE__, "\x80", u"\xFFFD"},
+        {__LINE__, "\xBF\x80", u"\xFFFD\xFFFD"},
+        // Each lead byte alone, then cut at each later place: one mark for what is there.
+        {__LINE__, "\xC2", u"\xFFFD"},
+        {__LINE__, "\xE2", u"\xFFFD"},
+        {__LINE__, "\xE2\x82", u"\xFFFD"},
+        {__LINE__, "\xF0", u"\xFFFD"},
+        {__LINE__, "\xF0\x9F", u"\xFFFD"},
+        {__LINE__, "\xF0\x9F\x98", u"\xFFFD"},
+        {__LINE__, "\xE2\x82\xE2\x82\xAC", u"\xFFFD\x20AC"},
+        {__LINE__, "\xF0\x9F\x98\xC3\xA9", u"\xFFFD\xE9"},
+        // One trailing byte too many.
+        {__LINE__, "\xC3\xA9\xA9", u"\xE9\xFFFD"},
+        {__LINE__, "\xE2\x82\xAC\xAC", u"\x20AC\xFFFD"},
+        {__LINE__, "\xF0\x9F\x98\x80\x80", u"\xD83D\xDE00\xFFFD"},
+        // Longer than needed: the second byte cannot follow, so every byte counts alone.
+        {__LINE__, "\xC0\x80", u"\xFFFD\xFFFD"},
+        {__LINE__, "\xC1\xBF", u"\xFFFD\xFFFD"},
+        {__LINE__, "\xE0\x9F\xBF", u"\xFFFD\xFFFD\xFFFD"},
+        {__LINE__, "\xF0\x8F\xBF\xBF", u"\xFFFD\xFFFD\xFFFD\xFFFD"},
+        // The first and the last surrogate, and what is above 10FFFF.
+        {__LINE__, "\xED\xA0\x80", u"\xFFFD\xFFFD\xFFFD"},
+        {__LINE__, "\xED\xBF\xBF", u"\xFFFD\xFFFD\xFFFD"},
+        {__LINE__, "\xF4\x90\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"},
+        {__LINE__, "\xF5\x80\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"},
+        {__LINE__, "\xF7\xBF\xBF\xBF", u"\xFFFD\xFFFD\xFFFD\xFFFD"},
+        {__LINE__, "\xF8\x88\x80\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"},
+        {__LINE__, "\xFE", u"\xFFFD"},
+        {__LINE__, "\xFF\xBF", u"\xFFFD\xFFFD"},
+        // As many units as bytes if it were well-formed, which ASCII alone can have.
+        {__LINE__, "\xF0\x80", u"\xFFFD\xFFFD"},
+        // The neighbours of the above are characters.
+        {__LINE__, "\xC2\x80\xDF\xBF\xE0\xA0\x80", u"\x80\x7FF\x800"},
+        {__LINE__, "\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF", u"\xD7FF\xE000\xFFFF"},
+        {__LINE__, "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", u"\xD800\xDC00\xDBFF\xDFFF"},
+        {__LINE__, "\xEF\xBB\xBF", u"\xFEFF"},
+        {__LINE__, std::string("\0x\0", 3), std::u16string(u"\0x\0", 3)},
+    };
+}
+
+struct Filler
+{
+    char const* bytes;
+    char16_t const* units;
+};
+
+// One character of each length, so that a row of them puts block borders at each place of it.
+constexpr Filler kFillers[] = {{"a", u"a"},
+                               {"\xC3\xA9", u"\xE9"},
+                               {"\xE6\xBC\xA2", u"\x6F22"},
+                               {"\xF0\x9F\x98\x80", u"\xD83D\xDE00"}};
+
+template <class T>
+std::basic_string<T> Repeated(T const* text, std::size_t times)
+{
+    std::basic_string<T> result;
+    for (std::size_t i = 0; i < times; ++i) {
+        result += text;
+    }
+    return result;
+}
+
+TEST(TextConversionTest, EveryVersionFindsBadBytesWhereverTheyStand)
+{
+    for (BadBytes const& bad : AllBadBytes()) {
+        SCOPED_TRACE(bad.line);
+        ASSERT_EQ(IcuDecode(bad.bytes), bad.expected);
+        for (Filler const& filler : kFillers) {
+            for (std::size_t before = 0; before <= 70; ++before) {
+                SCOPED_TRACE(testing::Message() << before << " times " << filler.bytes);
+                std::string const start = Repeated(filler.bytes, before) + bad.bytes;
+                ASSERT_NO_FATAL_FAILURE(CheckDecoding(start));
+                ASSERT_NO_FATAL_FAILURE(CheckDecoding(start + Repeated(filler.bytes, 45)));
+                // The other lengths shift the border by less than a character.
+                ASSERT_NO_FATAL_FAILURE(CheckDecoding("ab" + start + "\xC3\xA9"));
+            }
+        }
+    }
+}
+
+TEST(TextConversionTest, UnpairedSurrogatesBecomeOneMarkWhereverTheyStand)
+{
+    struct Case
+    {
+        int line;
+        std::u16string units;
+        std::string expected;
+    };
+    Case const cases[] = {
+        {__LINE__, u"\xD800", "\xEF\xBF\xBD"},
+        {__LINE__, u"\xDFFF", "\xEF\xBF\xBD"},
+        {__LINE__, u"\xDC00\xD800", "\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {__LINE__, u"\xDBFF\xD800\xDC00", "\xEF\xBF\xBD\xF0\x90\x80\x80"},
+        {__LINE__, u"\xDBFF\xDFFF\xDC00", "\xF4\x8F\xBF\xBF\xEF\xBF\xBD"},
+        {__LINE__, u"\xD7FF\xE000\x7F\x80\x7FF\x800\xFFFF",
+         "\xED\x9F\xBF\xEE\x80\x80\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"},
+        {__LINE__, std::u16string(u"\0x", 2), std::string("\0x", 2)},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        ASSERT_EQ(TextConversion::ToUtf8(c.units.data(), c.units.size()), c.expected);
+        for (Filler const& filler : kFillers) {
+            for (std::size_t before = 0; before <= 70; ++before) {
+                SCOPED_TRACE(testing::Message() << before << " times " << filler.bytes);
+                std::u16string const start = Repeated(filler.units, before) + c.units;
+                ASSERT_NO_FATAL_FAILURE(CheckEncoding(start));
+                ASSERT_NO_FATAL_FAILURE(CheckEncoding(start + Repeated(filler.units, 45)));
+            }
+        }
+    }
+}
+
+/// Text of all lengths whose stretches keep to one kind of character, as real text does.
+std::u32string RandomText(std::mt19937& random)
+{
+    constexpr char32_t kFirst[] = {0x00, 0x80, 0x800, 0xE000, 0x10000};
+    constexpr char32_t kLast[] = {0x7F, 0x7FF, 0xD7FF, 0xFFFF, 0x10FFFF};
+    std::u32string text;
+    for (unsigned stretches = random() % 6; stretches > 0; --stretches) {
+        unsigned const kind = random() % 5;
+        for (unsigned left = random() % 60; left > 0; --left) {
+            text += kFirst[kind] + random() % (kLast[kind] - kFirst[kind] + 1);
+        }
+    }
+    return text;
+}
+
+TEST(TextConversionTest, RandomTextGoesThroughEveryFormAndBack)
+{
+    std::mt19937 random(2718); // fixed seed: a failure can be run again
+    for (int i = 0; i < 4000; ++i) {
+        SCOPED_TRACE(i);
+        std::u32string const text = RandomText(random);
+        std::u16string units(TextConversion::CountUtf16(text.data(), text.size()), u'\0');
+        TextConversion::Utf32ToUtf16(text.data(), text.size(), &units[0]);
+        ASSERT_EQ(TextConversion::CountCodePoints(units.data(), units.size()), text.size());
+        std::u32string back(text.size(), U'\0');
+        TextConversion::Utf16ToUtf32(units.data(), units.size(), &back[0]);
+        ASSERT_EQ(back, text);
+
+        ASSERT_NO_FATAL_FAILURE(CheckEncoding(units));
+        std::string bytes = IcuEncode(units);
+        ASSERT_NO_FATAL_FAILURE(CheckDecoding(bytes));
+        ASSERT_EQ(IcuDecode(bytes), units);
+        if (!bytes.empty()) {
+            bytes[random() % bytes.size()] = static_cast<char>(random());
+            ASSERT_NO_FATAL_FAILURE(CheckDecoding(bytes));
+            units[random() % units.size()] = static_cast<char16_t>(0xD700 + random() % 0xA00);
+            ASSERT_NO_FATAL_FAILURE(CheckEncoding(units));
+        }
+    }
+}
+
+TEST(TextConversionTest, LongTextIsEncodedPieceByPieceWithoutLosingAPair)
+{
+    for (std::size_t const before : {1021, 1022, 1023, 1024, 2047}) {
+        SCOPED_TRACE(before);
+        std::u16string const text = std::u16string(before, u'x') + Repeated(kFillers[3].units, 1100)
+            + u"\xD83D";
+        std::string utf8 = "kept";
+        TextConversion::AppendUtf8(utf8, text.data(), text.size());
+        EXPECT_EQ(utf8, "kept" + IcuEncode(text));
+    }
+}
+
+TEST(TextConversionTest, Utf32ThatIsNoCodePointBecomesAMark)
+{
+    std::u32string const text = {0xD7FF, 0xD800, 0xDFFF, 0xE000, 0x10FFFF, 0x110000, 0xFFFFFFFF};
+    std::u16string const expected = u"\xD7FF\xFFFD\xFFFD\xE000\xDBFF\xDFFF\xFFFD\xFFFD";
+    std::u16string units(TextConversion::CountUtf16(text.data(), text.size()), u'\0');
+    ASSERT_EQ(units.size(), expected.size());
+    TextConversion::Utf32ToUtf16(text.data(), text.size(), &units[0]);
+    EXPECT_EQ(units, expected);
+
+    std::u16string const unpaired = u"\xDC00\xD800x\xD83D\xDE00\xD800";
+    std::u32string points(TextConversion::CountCodePoints(unpaired.data(), unpaired.size()), U'\0');
+    ASSERT_EQ(points.size(), 5U);
+    TextConversion::Utf16ToUtf32(unpaired.data(), unpaired.size(), &points[0]);
+    EXPECT_EQ(points, std::u32string({0xFFFD, 0xFFFD, U'x', 0x1F600, 0xFFFD}));
+}
+
+TEST(TextConversionTest, Latin1AndAsciiHoldAtEveryLengthAndPlace)
+{
+    for (std::size_t n = 0; n <= 100; ++n) {
+        std::string bytes(n, '\0');
+        for (std::size_t i = 0; i < n; ++i) {
+            bytes[i] = static_cast<char>(i * 37);
+        }
+        auto const from = Exact(bytes);
+        auto const ascii = Exact(std::u16string(n, u'\x7F'));
+        for (Kernels const* kernels : TextConversion::UsableKernels()) {
+            SCOPED_TRACE(testing::Message() << kernels->name << ", " << n);
+            std::unique_ptr<char16_t[]> const units(new char16_t[n]);
+            kernels->latin1ToUtf16(from.get(), n, units.get());
+            std::unique_ptr<char[]> const back(new char[n]);
+            ASSERT_TRUE(kernels->utf16ToLatin1(units.get(), n, back.get()));
+            ASSERT_EQ(std::string(back.get(), n), bytes);
+            ASSERT_TRUE(kernels->isAsciiUnits(ascii.get(), n));
+            for (std::size_t at = 0; at < n; ++at) {
+                ASSERT_EQ(units[at], static_cast<unsigned char>(bytes[at]));
+                char16_t const kept = std::exchange(units[at], char16_t(at % 2 != 0 ? 0x100 : 0xFFFF));
+                ASSERT_FALSE(kernels->utf16ToLatin1(units.get(), n, back.get()));
+                ASSERT_EQ(std::string(back.get(), n), std::string(bytes).replace(at, 1, 1, '?'));
+                units[at] = kept;
+                std::string const one = std::string(n, 'x').replace(at, 1, 1, '\x80');
+                ASSERT_FALSE(kernels->isAsciiBytes(Exact(one).get(), n));
+                ascii[at] = at % 2 != 0 ? 0x80 : 0x8000;
+                ASSERT_FALSE(kernels->isAsciiUnits(ascii.get(), n));
+                ascii[at] = 0x7F;
+            }
+            ASSERT_TRUE(kernels->isAsciiBytes(Exact(std::string(n, '\x7F')).get(), n));
+        }
+    }
+}
+
+TEST(TextConversionTest, Latin9DiffersFromLatin1InEightPlaces)
+{
+    std::string bytes;
+    std::u16string expected;
+    for (int byte = 0; byte < 256; ++byte) {
+        bytes += static_cast<char>(byte);
+        expected += static_cast<char16_t>(byte);
+    }
+    std::u16string const places = u"\xA4\xA6\xA8\xB4\xB8\xBC\xBD\xBE";
+    std::u16string const characters = u"\x20AC\x160\x161\x17D\x17E\x152\x153\x178";
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        expected[places[i]] = characters[i];
+    }
+    std::u16string units(bytes.size(), u'\0');
+    TextConversion::Latin9ToUtf16(bytes.data(), bytes.size(), &units[0]);
+    EXPECT_EQ(units, expected);
+    std::string back(units.size(), '\0');
+    EXPECT_TRUE(TextConversion::Utf16ToLatin9(units.data(), units.size(), &back[0]));
+    EXPECT_EQ(back, bytes);
+    std::string none(places.size(), '\0');
+    EXPECT_FALSE(TextConversion::Utf16ToLatin9(places.data(), places.size(), &none[0]));
+    EXPECT_EQ(none, "????????");
+}
+
+TEST(TextConversionTest, LengthStopsAtTheFirstZeroUnit)
+{
+    for (std::size_t n = 0; n <= 40; ++n) {
+        for (std::size_t skipped = 0; skipped <= n; ++skipped) {
+            // Zeros before the start and behind the end must not be taken for the end, and neither
+            // must the zero byte of a unit.
+            std::u16string text(n, u'\x100');
+            std::fill_n(text.begin(), skipped, u'\0');
+            auto const exact = Exact(text + u'\0');
+            for (Kernels const* kernels : TextConversion::UsableKernels()) {
+                SCOPED_TRACE(kernels->name);
+                ASSERT_EQ(kernels->length(exact.get() + skipped), n - skipped);
+            }
+        }
+    }
+}
+
+} // namespace
