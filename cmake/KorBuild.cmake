@@ -206,6 +206,20 @@ function(kor_add_example name)
     target_link_libraries(${name} PRIVATE korcoreplatform Threads::Threads)
 endfunction()
 
+# kor_add_example_tests(<name> LINK <targets>): <name>_tests from examples/<name>/tests/*.cpp. They run
+# the program, whose path the macro <NAME>_PROGRAM holds.
+function(kor_add_example_tests name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
+    file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/${name}/tests/*.cpp")
+    if(NOT sources)
+        return()
+    endif()
+    kor_add_test_program(${name}_tests korcoreplatform "${sources}" "${arg_LINK}")
+    string(TOUPPER "${name}" prefix)
+    target_compile_definitions(${name}_tests PRIVATE "${prefix}_PROGRAM=\"$<TARGET_FILE:${name}>\"")
+    add_dependencies(${name}_tests ${name})
+endfunction()
+
 # Another project builds against what is installed, with find_package and with pkg-config.
 function(kor_add_consumer_tests)
     foreach(step install find_package pkg_config)

@@ -77,24 +77,22 @@ TString FileBytes::Read(std::filesystem::path const& path)
 
 TString FileBytes::ReadAll(int descriptor, std::size_t expectedSize)
 {
-    std::size_t room = std::max(expectedSize + 1, kMinRoom); // one more byte, to see the end
-    while (m_size <= kMaxFileBytes) {
-        if (m_bytes.size() < std::min(room, kMaxFileBytes + 1)) {
-            m_bytes.resize(std::min(room, kMaxFileBytes + 1));
-        }
-        ssize_t const count = ReadSome(descriptor, m_bytes.data() + m_size, m_bytes.size() - m_size);
-        if (count < 0) {
-            return ReasonOf(errno);
-        }
-        if (count == 0) {
-            return TString();
-        }
+    if (expectedSize > kMaxFileBytes) {
+        return ReasonOf(EFBIG);
+    }
+    // One byte more than expected, to see the end without asking for more room.
+    m_bytes.resize(std::max({m_bytes.size(), expectedSize + 1, kMinRoom}));
+    ssize_t count;
+    while ((count = ReadSome(descriptor, m_bytes.data() + m_size, m_bytes.size() - m_size)) > 0) {
         m_size += static_cast<std::size_t>(count);
+        if (m_size > kMaxFileBytes) {
+            return ReasonOf(EFBIG);
+        }
         if (m_size == m_bytes.size()) {
-            room = 2 * m_size;
+            m_bytes.resize(2 * m_size);
         }
     }
-    return ReasonOf(EFBIG);
+    return count < 0 ? ReasonOf(errno) : TString();
 }
 
 } // namespace TextCensus

@@ -1,7 +1,5 @@
 #include "Paths.h"
 
-#include "korsys/main/text/TStringCore.h"
-
 #include <algorithm>
 
 namespace TextCensus {

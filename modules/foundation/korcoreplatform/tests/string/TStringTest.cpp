@@ -1,7 +1,7 @@
 #include "korcoreplatform/main/string/TString.h"
 
 #include "korsys/main/error/StringException.h"
-#include "korsys/tests/support/KorTest.h"
+#include "korcoreplatform/tests/support/KorTest.h"
 
 #include <gtest/gtest.h>
 
@@ -54,10 +54,10 @@ TEST(TStringQtTest, GivesQtTexts)
 
 TEST(TStringQtTest, RegularExpressions)
 {
-    QRegularExpression const digits("[0-9]+");
+    QRegularExpression const digits("([0-9]+)");
     QRegularExpression const invalid("(");
     TString const text(u"a1b22c");
-    EXPECT_EQ(TString(text).replace(digits, u"<\\0>"), u"a<1>b<22>c");
+    EXPECT_EQ(TString(text).replace(digits, u"<\\1>"), u"a<1>b<22>c");
     EXPECT_EQ(TString(text).removeAll(digits), u"abc");
     EXPECT_EQ(text.section(digits, 1, 1), u"b");
     EXPECT_EQ(TString(text).replace(invalid, u"x"), text);

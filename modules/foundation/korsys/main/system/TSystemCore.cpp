@@ -54,13 +54,9 @@ std::string MakeAbsolute(std::string const& file)
     return std::filesystem::absolute(file, error).lexically_normal().string();
 }
 
-bool IsModule(std::string const& file, std::string const& wanted)
+std::string FileName(std::string const& file)
 {
-    if (wanted.find('/') == std::string::npos) {
-        return file.substr(file.rfind('/') + 1) == wanted;
-    }
-    std::error_code error;
-    return file == MakeAbsolute(wanted) || std::filesystem::equivalent(file, wanted, error);
+    return file.substr(file.rfind('/') + 1);
 }
 
 } // namespace
@@ -106,9 +102,11 @@ TPathCore TSystemCore::ModulePath(TPathCore const& module)
     if (wanted.empty()) {
         return ExecutablePath();
     }
+    bool const isPath = wanted.find('/') != std::string::npos;
+    std::string const wantedFile = isPath ? MakeAbsolute(wanted) : wanted;
     for (std::string const& loaded : SystemCore::ModuleFiles()) {
         std::string const file = MakeAbsolute(loaded);
-        if (IsModule(file, wanted)) {
+        if ((isPath ? file : FileName(file)) == wantedFile) {
             return ToPath(DirectoryOf(file));
         }
     }

@@ -24,7 +24,8 @@ public:
     static TPathCore ExecutablePath();     ///< The directory of the running executable.
     static TPathCore ExecutableFilename(); ///< The full path of the running executable.
 
-    /// The directory of a loaded module, given by its file name or, with a directory, by its path.
+    /// The directory of a loaded module, given by its file name or, with a directory, by the path
+    /// under which it was loaded.
     /// For an empty argument the same as `ExecutablePath()`.
     static TPathCore ModulePath(TPathCore const& module);
 

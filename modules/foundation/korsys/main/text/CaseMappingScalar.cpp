@@ -62,8 +62,8 @@ struct FoldedUnits
     static int Equal(char16_t const* text, int at, char16_t const* needle, int length)
     {
         return SurrogatePairs::IsInside(text, at)
-            ? 0
-            : Scalar::MismatchFolded(text + at, needle, length);
+                   ? 0
+                   : Scalar::MismatchFolded(text + at, needle, length);
     }
 
     template <class Ask>
@@ -73,26 +73,20 @@ struct FoldedUnits
     }
 };
 
-template <LetterCase To>
-int FindChangeTo(char16_t const* text, int length)
-{
-    bool changed = false;
-    return CaseTables::UnchangedUntil<To>(text, 0, length, length, changed);
-}
-
 } // namespace
 
 int FindChange(LetterCase to, char16_t const* text, int length) noexcept
 {
-    return to == LetterCase::Lower ? FindChangeTo<LetterCase::Lower>(text, length)
-                                   : FindChangeTo<LetterCase::Upper>(text, length);
+    return to == LetterCase::Lower
+               ? CaseTables::UnchangedUntil<LetterCase::Lower>(text, 0, length, length)
+               : CaseTables::UnchangedUntil<LetterCase::Upper>(text, 0, length, length);
 }
 
 int Map(LetterCase to, char16_t const* text, int length, char16_t* out) noexcept
 {
     return to == LetterCase::Lower
-        ? CaseTables::MapUntil<LetterCase::Lower>(text, 0, length, length, out)
-        : CaseTables::MapUntil<LetterCase::Upper>(text, 0, length, length, out);
+               ? CaseTables::MapUntil<LetterCase::Lower>(text, 0, length, length, out)
+               : CaseTables::MapUntil<LetterCase::Upper>(text, 0, length, length, out);
 }
 
 int MismatchFolded(char16_t const* left, char16_t const* right, int length) noexcept
@@ -117,8 +111,8 @@ int FindLastUnitFolded(char16_t const* text, int length, char16_t unit)
 int CountUnitFolded(char16_t const* text, int length, char16_t unit)
 {
     char16_t const folded = FoldUnit(unit);
-    return static_cast<int>(std::count_if(
-        text, text + length, [folded](char16_t u) { return FoldUnit(u) == folded; }));
+    return static_cast<int>(
+        std::count_if(text, text + length, [folded](char16_t u) { return FoldUnit(u) == folded; }));
 }
 
 int FindTextFolded(char16_t const* text, int length, char16_t const* needle, int needleLength)

@@ -68,8 +68,8 @@ inline bool EqualFolded(char16_t const* left, char16_t const* right, int length)
 KORSYS_EXPORT int CompareFolded(char16_t const* left, int leftLength, char16_t const* right,
                                 int rightLength) noexcept;
 
-/// As in `UnitSearch`, on folded texts. Units are sought one by one, whether or not they are half of
-/// a pair, and so is a needle of one unit; no occurrence of a longer one begins inside a pair.
+/// As in `UnitSearch`, on folded texts. Units are sought one by one, whether or not they are half
+/// of a pair, and so is a needle of one unit; no occurrence of a longer one begins inside a pair.
 /// Throws: `std::bad_alloc` when the table for searching cannot be made at its first use.
 KORSYS_EXPORT int FindUnitFolded(char16_t const* text, int length, char16_t unit);
 KORSYS_EXPORT int FindLastUnitFolded(char16_t const* text, int length, char16_t unit);

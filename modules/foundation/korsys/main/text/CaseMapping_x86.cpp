@@ -76,22 +76,6 @@ __attribute__((target("avx2"), always_inline)) inline bool MapWideBlock(char16_t
     return _mm256_testz_si256(block, RepeatWide(0xFF80)) != 0;
 }
 
-/// Maps wide blocks as long as they are ASCII, the last one overlapping the one before; returns
-/// where the rest begins. Requires: `length` >= kWideBlock.
-template <LetterCase To>
-__attribute__((target("avx2"))) int MapWideBlocks(char16_t const* text, int length, char16_t* out)
-{
-    int at = 0;
-    while (at + kWideBlock <= length) {
-        if (!MapWideBlock<To>(text + at, out + at)) {
-            return at;
-        }
-        at += kWideBlock;
-    }
-    int const last = length - kWideBlock;
-    return MapWideBlock<To>(text + last, out + last) ? length : at;
-}
-
 /// Calls `step` for the indices of a block, written out one after the other.
 template <class Step>
 void ForBlock(Step const& step)
@@ -135,26 +119,38 @@ bool AreBlocksEqual(char16_t const* left, char16_t const* right)
     return known != 0 && differing == 0;
 }
 
+/// As `FindChange`, for what follows the first `at` units. Kept out of line: ASCII does not come
+/// here.
+template <LetterCase To>
+__attribute__((noinline)) int FindChangeFrom(char16_t const* text, int at, int length)
+{
+    while (at + kBlock <= length) {
+        int const end = at + kBlock;
+        at = IsBlockUnchanged<To>(text + at)
+                 ? end
+                 : CaseTables::UnchangedUntil<To>(text, at, end, length);
+        if (at < end) {
+            return at;
+        }
+    }
+    return CaseTables::UnchangedUntil<To>(text, at, length, length);
+}
+
 template <LetterCase To>
 int FindChangeTo(char16_t const* text, int length)
 {
     int at = 0;
-    bool changed = false;
-    while (!changed && at + kBlock <= length) {
+    for (; at + kBlock <= length; at += kBlock) {
         __m128i const block = Load(text + at);
-        if (IsAscii(block)) {
-            unsigned const mask = MaskOf(IsChanging<To>(block));
-            if (mask != 0) {
-                return at + UnitScan::FirstOf(mask);
-            }
-            at += kBlock;
-        } else if (IsBlockUnchanged<To>(text + at)) {
-            at += kBlock;
-        } else {
-            at = CaseTables::UnchangedUntil<To>(text, at, at + kBlock, length, changed);
+        if (!IsAscii(block)) {
+            break;
+        }
+        unsigned const mask = MaskOf(IsChanging<To>(block));
+        if (mask != 0) {
+            return at + UnitScan::FirstOf(mask);
         }
     }
-    return changed ? at : CaseTables::UnchangedUntil<To>(text, at, length, length, changed);
+    return FindChangeFrom<To>(text, at, length);
 }
 
 /// Maps what follows the first `at` units. Kept out of line: ASCII seldom comes here.
@@ -179,24 +175,38 @@ __attribute__((noinline)) int MapFrom(char16_t const* text, int at, int length, 
     return CaseTables::MapUntil<To>(text, at, length, length, out);
 }
 
+/// Maps wide blocks as long as they are ASCII, the last one overlapping the one before, and the
+/// rest in the other way. Requires: `length` >= kWideBlock.
+template <LetterCase To>
+__attribute__((target("avx2"))) int MapWide(char16_t const* text, int length, char16_t* out)
+{
+    int at = 0;
+    while (at + kWideBlock <= length) {
+        if (!MapWideBlock<To>(text + at, out + at)) {
+            return MapFrom<To>(text, at, length, out);
+        }
+        at += kWideBlock;
+    }
+    int const last = length - kWideBlock;
+    return MapWideBlock<To>(text + last, out + last) ? length : MapFrom<To>(text, at, length, out);
+}
+
 template <LetterCase To>
 int MapTo(char16_t const* text, int length, char16_t* out)
 {
-    int at = 0;
-    if (length >= kWideBlock && UnitScan::HasWideBlocks()) {
-        at = MapWideBlocks<To>(text, length, out);
-    }
-    return at == length ? at : MapFrom<To>(text, at, length, out);
+    bool const isWide = length >= kWideBlock && UnitScan::HasWideBlocks();
+    return isWide ? MapWide<To>(text, length, out) : MapFrom<To>(text, 0, length, out);
 }
 
 /// The positions of a block whose units are equal, or equal ASCII letters but for their case.
 unsigned EqualInAscii(__m128i left, __m128i right)
 {
-    return MaskOf(_mm_cmpeq_epi16(MapAscii<LetterCase::Lower>(left),
-                                  MapAscii<LetterCase::Lower>(right)));
+    return MaskOf(
+        _mm_cmpeq_epi16(MapAscii<LetterCase::Lower>(left), MapAscii<LetterCase::Lower>(right)));
 }
 
-__attribute__((target("avx2"), always_inline)) inline bool IsWideBlockEqual(char16_t const* left, char16_t const* right)
+__attribute__((target("avx2"), always_inline)) inline bool IsWideBlockEqual(char16_t const* left,
+                                                                            char16_t const* right)
 {
     __m256i const one = MapAsciiWide<LetterCase::Lower>(LoadWide(left));
     __m256i const other = MapAsciiWide<LetterCase::Lower>(LoadWide(right));
@@ -298,8 +308,8 @@ int Map(LetterCase to, char16_t const* text, int length, char16_t* out) noexcept
 int MismatchFolded(char16_t const* left, char16_t const* right, int length) noexcept
 {
     int at = length >= kWideBlock && UnitScan::HasWideBlocks()
-        ? EqualWideBlocks(left, right, length)
-        : 0;
+                 ? EqualWideBlocks(left, right, length)
+                 : 0;
     for (; at + kBlock <= length; at += kBlock) {
         unsigned const equal = EqualInAscii(Load(left + at), Load(right + at));
         if (equal != kAllOfBlock && !AreBlocksEqual(left + at, right + at)) {

@@ -81,7 +81,8 @@ char32_t AskFoldAt(char16_t const* text, int index) noexcept
 Mapped Ask(LetterCase to, char16_t const* text, int length) noexcept
 {
     char16_t const unit = text[0];
-    bool const isPair = length > 1 && SurrogatePairs::IsHigh(unit) && SurrogatePairs::IsLow(text[1]);
+    bool const isPair =
+        length > 1 && SurrogatePairs::IsHigh(unit) && SurrogatePairs::IsLow(text[1]);
     char32_t const codePoint = isPair ? SurrogatePairs::CodePoint(unit, text[1]) : unit;
     Mapped mapped;
     mapped.read = isPair ? 2 : 1;
@@ -177,6 +178,5 @@ Variants VariantsOf(char16_t unit)
 
 char32_t CaseMapping::Fold(char32_t codePoint) noexcept
 {
-    return static_cast<char32_t>(
-        u_foldCase(static_cast<UChar32>(codePoint), U_FOLD_CASE_DEFAULT));
+    return static_cast<char32_t>(u_foldCase(static_cast<UChar32>(codePoint), U_FOLD_CASE_DEFAULT));
 }

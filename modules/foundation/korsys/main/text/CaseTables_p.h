@@ -105,21 +105,17 @@ bool Changes(char16_t const* text, int index, int length, int& read) noexcept
     }
     Mapped const mapped = Ask(To, text + index, length - index);
     read = mapped.read;
-    return mapped.written != read || mapped.units[0] != text[index]
-        || (read == 2 && mapped.units[1] != text[index + 1]);
+    return mapped.written != read || mapped.units[0] != text[index] ||
+           (read == 2 && mapped.units[1] != text[index + 1]);
 }
 
-/// As `MapUntil`, up to the first code point that changes; `changed` tells whether there was one.
+/// The index of the first code point from `index` on that changes. When none does that begins
+/// before `end`, that is `end`, or `end` + 1 after a pair across the end.
 template <LetterCase To>
-int UnchangedUntil(char16_t const* text, int index, int end, int length, bool& changed) noexcept
+int UnchangedUntil(char16_t const* text, int index, int end, int length) noexcept
 {
     int read = 0;
-    changed = false;
-    while (index < end) {
-        changed = Changes<To>(text, index, length, read);
-        if (changed) {
-            break;
-        }
+    while (index < end && !Changes<To>(text, index, length, read)) {
         index += read;
     }
     return index;

@@ -52,12 +52,13 @@ inline char16_t const* ReadDigits(char16_t const* at, char16_t const* end, std::
 
 inline char16_t const* ReadManyDigits(char16_t const* at, char16_t const* end, std::uint64_t& mantissa)
 {
-    for (; end - at >= 4; at += 4) {
-        FourDigits const digits = LoadFour(at);
-        if (NonDigitsOf(digits) != 0) {
+    for (; end - at >= 8; at += 8) {
+        FourDigits const first = LoadFour(at);
+        FourDigits const second = LoadFour(at + 4);
+        if ((NonDigitsOf(first) | NonDigitsOf(second)) != 0) {
             break;
         }
-        mantissa = mantissa * 10000 + ValueOf(digits);
+        mantissa = mantissa * 100000000 + (ValueOf(first) * 10000 + ValueOf(second));
     }
     return ReadDigits(at, end, mantissa);
 }
@@ -96,7 +97,9 @@ int CountSignificant(char16_t const* at, char16_t const* end)
 {
     decimal = Decimal();
     decimal.negative = at != end && *at == u'-';
-    at += decimal.negative || (at != end && *at == u'+');
+    if (decimal.negative || (at != end && *at == u'+')) {
+        ++at;
+    }
     char16_t const* const digits = at;
     at = ReadDigits(at, end, decimal.mantissa);
     decimal.digitCount = static_cast<int>(at - digits);
@@ -244,10 +247,8 @@ Parsed<Float> Round(char16_t const* at, char16_t const* end, Decimal const& deci
         bool const hasSign = *at == u'-' || *at == u'+';
         value = RoundLong<Float>(at + hasSign, end, decimal);
     }
-    if (value == 0) {
-        return {0, false};
-    }
-    return {decimal.negative ? -value : value, std::isfinite(value)};
+    bool const ok = value != 0 && std::isfinite(value);
+    return {decimal.negative && value != 0 ? -value : value, ok};
 }
 
 /// Reads "nan" and the infinities, which the grammar of numbers does not hold.

@@ -67,16 +67,17 @@ void DropTrailingZeros(FloatDigits& digits)
 void Round(double magnitude, char form, std::int64_t precision, FloatDigits& digits)
 {
     digits.count = 0;
-    digits.point = 1;
     if (magnitude == 0) {
-        return;
-    }
-    if (form == 'e') {
+        // no digits
+    } else if (form == 'e') {
         RoundToSignificant(magnitude, precision + 1, digits);
     } else if (form == 'g') {
         RoundToSignificant(magnitude, precision, digits);
     } else {
         RoundToFraction(magnitude, precision, digits);
+    }
+    if (digits.count == 0) {
+        digits.point = 1; // zero is written like a number of one digit
     }
 }
 

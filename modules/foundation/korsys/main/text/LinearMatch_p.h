@@ -17,11 +17,8 @@ class LinearMatch
 {
 public:
     LinearMatch(NeedleAt needle, int needleLength, TextAt text, int textLength, int from)
-        : m_needle(needle)
-        , m_text(text)
-        , m_needleLength(needleLength)
-        , m_textLength(textLength)
-        , m_at(from)
+        : m_needle(needle), m_text(text), m_needleLength(needleLength), m_textLength(textLength),
+          m_at(from)
     {
         Split();
     }
@@ -121,9 +118,9 @@ private:
     TextAt m_text;
     int m_needleLength;
     int m_textLength;
-    int m_at;            ///< Where the next window begins.
-    int m_seen = 0;      ///< How many units of the window are known to match.
-    int m_split = 0;     ///< Where the needle's right part begins.
-    int m_step = 1;      ///< How far the window moves when the right part matched.
+    int m_at;        ///< Where the next window begins.
+    int m_seen = 0;  ///< How many units of the window are known to match.
+    int m_split = 0; ///< Where the needle's right part begins.
+    int m_step = 1;  ///< How far the window moves when the right part matched.
     bool m_repeats = false;
 };

@@ -11,7 +11,7 @@ namespace {
 
 /// What is encoded at a time on its way into a `std::string`, which cannot grow without filling
 /// its new bytes first: the bytes of a piece are still in the nearest cache when they are copied.
-constexpr std::size_t kPieceUnits = 1024;
+constexpr std::size_t kPieceUnits = 16384;
 
 /// With some room that lets the encoder work in whole blocks up to the end.
 constexpr std::size_t kPieceBytes = 3 * kPieceUnits + 128;

@@ -22,7 +22,7 @@ KOR_AVX2 void Latin1ToUtf16Avx2(char const* from, std::size_t n, char16_t* to)
 }
 
 /// Returns whether every unit fitted.
-KOR_AVX2 inline bool NarrowBlock(char16_t const* from, char* to)
+KOR_AVX2_INLINE bool NarrowBlock(char16_t const* from, char* to)
 {
     __m256i first = Load(from);
     __m256i second = Load(from + kBlockUnits);

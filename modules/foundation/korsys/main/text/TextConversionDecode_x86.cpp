@@ -101,29 +101,29 @@ struct ByteBlock
     __m256i before3;
 };
 
-KOR_AVX2 inline ByteBlock LoadBytes(char const* from)
+KOR_AVX2_INLINE ByteBlock LoadBytes(char const* from)
 {
     return {Load(from), Load(from - 1), Load(from - 2), Load(from - 3)};
 }
 
-KOR_AVX2 inline __m256i Halves(__m256i bytes)
+KOR_AVX2_INLINE __m256i Halves(__m256i bytes)
 {
     return _mm256_and_si256(bytes, Bytes(0x0F));
 }
 
-KOR_AVX2 inline __m256i LookUp(Shuffle const& table, __m256i halves)
+KOR_AVX2_INLINE __m256i LookUp(Shuffle const& table, __m256i halves)
 {
     return _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(LoadHalf(table.from.data())), halves);
 }
 
 /// Sets the top bit of each byte that is at least `least`, which is above 80. The others are junk.
-KOR_AVX2 inline __m256i AtLeast(__m256i bytes, int least)
+KOR_AVX2_INLINE __m256i AtLeast(__m256i bytes, int least)
 {
     return _mm256_subs_epu8(bytes, Bytes(least - 0x80));
 }
 
 /// Whether no byte shows an error. One at the very end of the text shows only in the next block.
-KOR_AVX2 inline bool IsWellFormed(ByteBlock const& block)
+KOR_AVX2_INLINE bool IsWellFormed(ByteBlock const& block)
 {
     __m256i const kinds = _mm256_and_si256(
         _mm256_and_si256(
@@ -145,7 +145,7 @@ struct UnitBlock
     __m256i keep; ///< Only the top bit of each byte counts.
 };
 
-KOR_AVX2 inline UnitBlock MakeUnits(ByteBlock const& block, __m256i after)
+KOR_AVX2_INLINE UnitBlock MakeUnits(ByteBlock const& block, __m256i after)
 {
     __m256i const zero = _mm256_setzero_si256();
     __m256i const isAbove7F = _mm256_cmpgt_epi8(zero, block.byte);
@@ -164,7 +164,7 @@ KOR_AVX2 inline UnitBlock MakeUnits(ByteBlock const& block, __m256i after)
 
 /// Puts surrogate pairs where characters of four bytes are: `third` and `fourth` have the top bit
 /// of each third and fourth byte.
-KOR_AVX2 inline void PutPairs(ByteBlock const& block, __m256i third, __m256i fourth,
+KOR_AVX2_INLINE void PutPairs(ByteBlock const& block, __m256i third, __m256i fourth,
                               UnitBlock& units)
 {
     // before2: 11110aaa; before1: 10bbbbbb; byte: 10ccdddd. The first unit is D800 + aaabbbbbbcc
@@ -185,7 +185,7 @@ KOR_AVX2 inline void PutPairs(ByteBlock const& block, __m256i third, __m256i fou
 }
 
 /// Writes the units that are kept and returns their number; touches 32 units of `to`.
-KOR_AVX2 inline std::size_t StoreKept(UnitBlock const& units, char16_t* to)
+KOR_AVX2_INLINE std::size_t StoreKept(UnitBlock const& units, char16_t* to)
 {
     auto const keep = static_cast<unsigned>(_mm256_movemask_epi8(units.keep));
     Shuffle const* const packing = kUnitPacking.data();
@@ -203,17 +203,16 @@ KOR_AVX2 inline std::size_t StoreKept(UnitBlock const& units, char16_t* to)
     return static_cast<std::size_t>(_mm_popcnt_u32(keep));
 }
 
-/// Converts 32 bytes and moves `to` on; touches 32 units. Returns false for ill-formed bytes.
-KOR_AVX2 inline bool DecodeBlock(char const* from, char16_t*& to)
+/// Converts 32 bytes and returns the end of their units, null for ill-formed bytes; touches 32 units.
+KOR_AVX2_INLINE char16_t* DecodeBlock(char const* from, char16_t* to)
 {
     ByteBlock const block = LoadBytes(from);
     if (_mm256_movemask_epi8(_mm256_or_si256(block.byte, block.before1)) == 0) {
         WidenBlock(from, to);
-        to += kBlock;
-        return true;
+        return to + kBlock;
     }
     if (!IsWellFormed(block)) {
-        return false;
+        return nullptr;
     }
     UnitBlock units = MakeUnits(block, Load(from + kLookAhead));
     __m256i const third = AtLeast(block.before2, 0xF0);
@@ -221,8 +220,7 @@ KOR_AVX2 inline bool DecodeBlock(char const* from, char16_t*& to)
     if (_mm256_movemask_epi8(_mm256_or_si256(third, fourth)) != 0) {
         PutPairs(block, third, fourth, units);
     }
-    to += StoreKept(units, to);
-    return true;
+    return to + StoreKept(units, to);
 }
 
 /// Converts the last bytes of a text, which make `units`, by way of a copy with zeros behind.
@@ -239,12 +237,34 @@ KOR_AVX2 bool DecodeTail(char const* from, std::size_t n, char16_t* to, std::siz
     char16_t buffer[(kBlocks + 1) * kBlock];
     char16_t* end = buffer;
     for (std::size_t i = 0; i <= n; i += kBlock) {
-        if (!DecodeBlock(bytes + kLookBehind + i, end)) {
+        end = DecodeBlock(bytes + kLookBehind + i, end);
+        if (end == nullptr) {
             return false;
         }
     }
     std::memcpy(to, buffer, units * sizeof(char16_t));
     return true;
+}
+
+/// Converts what follows at least kLookBehind bytes of a text of at least kBlock.
+KOR_AVX2 bool DecodeFrom(char const* from, std::size_t n, char16_t* to, std::size_t units)
+{
+    char const* const end = from + n;
+    char16_t* const toEnd = to + units;
+    while (end - from >= static_cast<std::ptrdiff_t>(kBlock + kLookAhead)
+           && toEnd - to >= static_cast<std::ptrdiff_t>(kBlock)) {
+        to = DecodeBlock(from, to);
+        if (to == nullptr) {
+            return false;
+        }
+        from += kBlock;
+    }
+    auto const left = static_cast<std::size_t>(end - from);
+    if (left < kBlock && _mm256_movemask_epi8(Load(end - kBlock)) == 0) {
+        WidenBlock(end - kBlock, toEnd - kBlock); // what is written again is the same
+        return true;
+    }
+    return DecodeTail(from, left, to, static_cast<std::size_t>(toEnd - to));
 }
 
 /// Converts text that is ASCII unless it is ill-formed.
@@ -279,7 +299,7 @@ KOR_AVX2 std::size_t AsciiPrefix(char const* from, std::size_t n)
 }
 
 /// The units that characters beginning at these bytes make, in four sums.
-KOR_AVX2 inline __m256i CountUnits(__m256i bytes)
+KOR_AVX2_INLINE __m256i CountUnits(__m256i bytes)
 {
     // A trailing byte is one of -128..-65; a byte of F0 and above is one that a saturated
     // subtraction of EF leaves something of.
@@ -325,27 +345,16 @@ KOR_AVX2 bool DecodeUtf8Avx2(char const* from, std::size_t n, char16_t* to, std:
     }
     char const* const end = from + n;
     char16_t* const toEnd = to + units;
-    for (char const* const start = from; from < start + kLookBehind;) {
-        char32_t const taken = TakeUtf8(from, end);
+    char const* next = from;
+    while (next < from + kLookBehind) {
+        char32_t const taken = TakeUtf8(next, end);
         if (taken == kIllFormed) {
             return false;
         }
         to = PutUtf16(taken, to);
     }
-    while (static_cast<std::size_t>(end - from) >= kBlock + kLookAhead
-           && static_cast<std::size_t>(toEnd - to) >= kBlock) {
-        if (!DecodeBlock(from, to)) {
-            return false;
-        }
-        from += kBlock;
-    }
-    auto const left = static_cast<std::size_t>(end - from);
-    auto const room = static_cast<std::size_t>(toEnd - to);
-    if (left < kBlock && _mm256_movemask_epi8(Load(end - kBlock)) == 0) {
-        WidenBlock(end - kBlock, toEnd - kBlock); // what is written again is the same
-        return true;
-    }
-    return DecodeTail(from, left, to, room);
+    return DecodeFrom(next, static_cast<std::size_t>(end - next), to,
+                      static_cast<std::size_t>(toEnd - to));
 }
 
 } // namespace TextConversion

@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::size_t kLookBehind = 1; ///< Units that a block reads before and behind itself.
 constexpr std::size_t kLookAhead = 1;
-constexpr std::size_t kTouchedBytes = 64; ///< What a block may write, junk included.
+constexpr std::size_t kStep = 2 * kBlockUnits;
+constexpr std::size_t kTouchedBytes = 128; ///< What a step may write, junk included.
 
 /// For each set of units among eight, the shuffle that takes both bytes of these and the first
 /// byte of the others.
@@ -55,18 +56,18 @@ alignas(16) constexpr std::array<Shuffle, 256> kTwoBytePacking = MakeTwoBytePack
 alignas(16) constexpr std::array<Shuffle, 256> kThreeBytePacking = MakeThreeBytePacking();
 
 /// Which units have none of `bits`.
-KOR_AVX2 inline __m256i HaveNone(__m256i units, int bits)
+KOR_AVX2_INLINE __m256i HaveNone(__m256i units, int bits)
 {
     return _mm256_cmpeq_epi16(_mm256_and_si256(units, Units(bits)), _mm256_setzero_si256());
 }
 
-KOR_AVX2 inline __m256i Choose(__m256i mask, __m256i ifSet, __m256i otherwise)
+KOR_AVX2_INLINE __m256i Choose(__m256i mask, __m256i ifSet, __m256i otherwise)
 {
     return _mm256_blendv_epi8(otherwise, ifSet, mask);
 }
 
 /// Units below 800: writes up to 32 bytes and returns their number.
-KOR_AVX2 inline std::size_t StoreTwoByte(__m256i units, char* to)
+KOR_AVX2_INLINE std::size_t StoreTwoByte(__m256i units, char* to)
 {
     // 00000aaa aabbbbbb becomes 10bbbbbb 110aaaaa, the byte to be written first being the low one.
     __m256i const isAscii = HaveNone(units, 0xFF80);
@@ -95,7 +96,7 @@ struct EncodedBlock
     __m256i needsThree;   ///< and which take three.
 };
 
-KOR_AVX2 inline EncodedBlock EncodeUnits(__m256i units)
+KOR_AVX2_INLINE EncodedBlock EncodeUnits(__m256i units)
 {
     __m256i const ones = Units(-1);
     __m256i const isAscii = HaveNone(units, 0xFF80);
@@ -114,7 +115,7 @@ KOR_AVX2 inline EncodedBlock EncodeUnits(__m256i units)
 }
 
 /// Writes up to 48 bytes and returns their number.
-KOR_AVX2 inline std::size_t StoreThreeByte(EncodedBlock const& block, char* to)
+KOR_AVX2_INLINE std::size_t StoreThreeByte(EncodedBlock const& block, char* to)
 {
     __m256i const lowBytes = Units(0x00FF);
     auto const sets = static_cast<unsigned>(_mm256_movemask_epi8(
@@ -135,7 +136,7 @@ KOR_AVX2 inline std::size_t StoreThreeByte(EncodedBlock const& block, char* to)
 }
 
 /// Replaces what surrogates became; `from` is where the units were loaded.
-KOR_AVX2 inline EncodedBlock EncodeSurrogates(char16_t const* from, __m256i units)
+KOR_AVX2_INLINE EncodedBlock EncodeSurrogates(char16_t const* from, __m256i units)
 {
     __m256i const before = Load(from - kLookBehind);
     __m256i const pairFirst = PairFirsts(units, Load(from + kLookAhead));
@@ -162,8 +163,8 @@ KOR_AVX2 inline EncodedBlock EncodeSurrogates(char16_t const* from, __m256i unit
     return block;
 }
 
-/// Converts 16 units and returns the number of bytes; touches kTouchedBytes.
-KOR_AVX2 inline std::size_t EncodeBlock(char16_t const* from, char* to)
+/// Converts 16 units and returns the number of bytes; touches 64.
+KOR_AVX2_INLINE std::size_t EncodeBlock(char16_t const* from, char* to)
 {
     __m256i const units = Load(from);
     if (_mm256_testz_si256(units, Units(0xF800)) != 0) {
@@ -178,7 +179,7 @@ KOR_AVX2 inline std::size_t EncodeBlock(char16_t const* from, char* to)
 }
 
 /// Converts 32 units if all are ASCII; returns whether they are.
-KOR_AVX2 inline bool EncodeAscii(char16_t const* from, char* to)
+KOR_AVX2_INLINE bool EncodeAscii(char16_t const* from, char* to)
 {
     __m256i const first = Load(from);
     __m256i const second = Load(from + kBlockUnits);
@@ -190,10 +191,10 @@ KOR_AVX2 inline bool EncodeAscii(char16_t const* from, char* to)
 }
 
 /// Converts the last units of a text by way of a copy with zeros behind. Requires: there is a unit
-/// before `from`, and n is below 2 * kTouchedBytes.
+/// before `from`, and n is below kTouchedBytes.
 KOR_AVX2 std::size_t EncodeTail(char16_t const* from, std::size_t n, char* to)
 {
-    constexpr std::size_t kMostUnits = 2 * kTouchedBytes;
+    constexpr std::size_t kMostUnits = kTouchedBytes;
     char16_t units[kLookBehind + kMostUnits + kLookAhead] = {};
     std::memcpy(units, from - kLookBehind, (kLookBehind + n) * sizeof(char16_t));
     char buffer[3 * kMostUnits + kTouchedBytes];
@@ -205,6 +206,32 @@ KOR_AVX2 std::size_t EncodeTail(char16_t const* from, std::size_t n, char* to)
     bytes -= i - n; // the zeros became bytes too
     std::memcpy(to, buffer, bytes);
     return bytes;
+}
+
+/// Converts what follows at least one unit of a text of at least kStep.
+KOR_AVX2 std::size_t EncodeFrom(char16_t const* from, std::size_t n, char* to, std::size_t room)
+{
+    char16_t const* const end = from + n;
+    char* const start = to;
+    char* const toEnd = to + room;
+    while (end - from > static_cast<std::ptrdiff_t>(kStep)) {
+        if (EncodeAscii(from, to)) {
+            to += kStep;
+        } else if (toEnd - to >= static_cast<std::ptrdiff_t>(kTouchedBytes)) {
+            to += EncodeBlock(from, to);
+            to += EncodeBlock(from + kBlockUnits, to);
+        } else {
+            break;
+        }
+        from += kStep;
+    }
+    auto const left = static_cast<std::size_t>(end - from);
+    if (left <= kStep && EncodeAscii(end - kStep, to + left - kStep)) {
+        to += left; // what was written again is the same
+    } else {
+        to += EncodeTail(from, left, to);
+    }
+    return static_cast<std::size_t>(to - start);
 }
 
 /// The bytes that units take beyond one each, in whole blocks. A pair counts as one byte and three:
@@ -242,32 +269,14 @@ KOR_AVX2 std::size_t CountUtf8Avx2(char16_t const* from, std::size_t n)
 KOR_AVX2 std::size_t EncodeUtf8Avx2(char16_t const* from, std::size_t n, char* to,
                                     std::size_t room)
 {
-    constexpr std::size_t kStep = 2 * kBlockUnits;
     if (n < kStep) {
         return kSse2Kernels.encodeUtf8(from, n, to, room);
     }
-    char16_t const* const end = from + n;
-    char* const start = to;
-    char* const toEnd = to + room;
-    to = PutUtf8(Repaired(TakeUtf16(from, end)), to);
-    while (static_cast<std::size_t>(end - from) > kStep) {
-        if (EncodeAscii(from, to)) {
-            to += kStep;
-        } else if (static_cast<std::size_t>(toEnd - to) >= 2 * kTouchedBytes) {
-            to += EncodeBlock(from, to);
-            to += EncodeBlock(from + kBlockUnits, to);
-        } else {
-            break;
-        }
-        from += kStep;
-    }
-    auto const left = static_cast<std::size_t>(end - from);
-    if (left <= kStep && EncodeAscii(end - kStep, to + left - kStep)) {
-        to += left; // what was written again is the same
-    } else {
-        to += EncodeTail(from, left, to);
-    }
-    return static_cast<std::size_t>(to - start);
+    char16_t const* next = from;
+    char* const second = PutUtf8(Repaired(TakeUtf16(next, from + n)), to);
+    auto const bytes = static_cast<std::size_t>(second - to);
+    return bytes
+        + EncodeFrom(next, static_cast<std::size_t>(from + n - next), second, room - bytes);
 }
 
 } // namespace TextConversion

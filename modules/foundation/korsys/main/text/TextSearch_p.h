@@ -22,9 +22,7 @@ class Verifier
 {
 public:
     Verifier(char16_t const* text, char16_t const* needle, int needleLength)
-        : m_text(text)
-        , m_needle(needle)
-        , m_needleLength(needleLength)
+        : m_text(text), m_needle(needle), m_needleLength(needleLength)
     {}
 
     bool Matches(int at)
@@ -135,9 +133,7 @@ template <class IsCandidate>
 class PlainScanner
 {
 public:
-    explicit PlainScanner(IsCandidate isCandidate)
-        : m_isCandidate(isCandidate)
-    {}
+    explicit PlainScanner(IsCandidate isCandidate) : m_isCandidate(isCandidate) {}
 
     template <class Visit>
     int First(int positions, Visit const& visit) const

@@ -68,8 +68,7 @@ template <int N>
 class OneOf
 {
 public:
-    OneOf(char16_t const* text, char16_t const* units)
-        : m_text(text)
+    OneOf(char16_t const* text, char16_t const* units) : m_text(text)
     {
         for (int i = 0; i < N; ++i) {
             m_units[i] = units[i];
@@ -121,10 +120,7 @@ template <class Filter>
 class Both
 {
 public:
-    Both(Filter const& first, Filter const& second)
-        : m_first(first)
-        , m_second(second)
-    {}
+    Both(Filter const& first, Filter const& second) : m_first(first), m_second(second) {}
 
     bool Test(int at) const { return m_first.Test(at) && m_second.Test(at); }
 
@@ -148,9 +144,7 @@ template <class Filter>
 class Not
 {
 public:
-    explicit Not(Filter const& filter)
-        : m_filter(filter)
-    {}
+    explicit Not(Filter const& filter) : m_filter(filter) {}
 
     bool Test(int at) const { return !m_filter.Test(at); }
     unsigned Mask(int at) const { return m_filter.Mask(at) ^ 0xFFFF; }
@@ -264,9 +258,7 @@ template <class Filter>
 class Scanner
 {
 public:
-    explicit Scanner(Filter const& filter)
-        : m_filter(filter)
-    {}
+    explicit Scanner(Filter const& filter) : m_filter(filter) {}
 
     template <class Visit>
     int First(int positions, Visit const& visit) const

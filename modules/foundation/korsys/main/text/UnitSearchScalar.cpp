@@ -75,16 +75,14 @@ int CountText(char16_t const* text, int length, char16_t const* needle, int need
 
 int FindAnyOf(char16_t const* text, int length, char16_t const* set, int setLength) noexcept
 {
-    return UnitSet::With(set, setLength, length, [=](auto const& contains) {
-        return FindFirstIf(text, length, contains);
-    });
+    return UnitSet::With(set, setLength, length,
+                         [=](auto const& contains) { return FindFirstIf(text, length, contains); });
 }
 
 int FindLastAnyOf(char16_t const* text, int length, char16_t const* set, int setLength) noexcept
 {
-    return UnitSet::With(set, setLength, length, [=](auto const& contains) {
-        return FindLastIf(text, length, contains);
-    });
+    return UnitSet::With(set, setLength, length,
+                         [=](auto const& contains) { return FindLastIf(text, length, contains); });
 }
 
 int FindNoneOf(char16_t const* text, int length, char16_t const* set, int setLength) noexcept

@@ -53,8 +53,8 @@ KORSYS_EXPORT int Compare(char16_t const* left, int leftLength, char16_t const* 
 
 inline bool Equal(char16_t const* left, char16_t const* right, int length) noexcept
 {
-    return length == 0
-        || std::memcmp(left, right, static_cast<std::size_t>(length) * sizeof(char16_t)) == 0;
+    return length == 0 ||
+           std::memcmp(left, right, static_cast<std::size_t>(length) * sizeof(char16_t)) == 0;
 }
 
 /// Puts `after` in the place of every `before` and returns how many there were.

@@ -132,14 +132,22 @@ int FindLastUnit(char16_t const* text, int length, char16_t unit) noexcept
 
 int CountUnit(char16_t const* text, int length, char16_t unit) noexcept
 {
+    // Each lane counts what it has seen, and is emptied before it could reach 2^15.
+    constexpr int kBlocksToEmpty = 0x7FFF;
     __m128i const wanted = Repeat(unit);
-    int count = 0;
+    __m128i total = _mm_setzero_si128();
     int at = 0;
-    for (; at + kBlock <= length; at += kBlock) {
-        unsigned const mask = MaskOf(_mm_cmpeq_epi16(Load(text + at), wanted));
-        count += __builtin_popcount(mask) / 2;
+    while (length - at >= kBlock) {
+        int const blocks = std::min((length - at) / kBlock, kBlocksToEmpty);
+        __m128i lanes = _mm_setzero_si128();
+        for (int const end = at + blocks * kBlock; at < end; at += kBlock) {
+            lanes = _mm_sub_epi16(lanes, _mm_cmpeq_epi16(Load(text + at), wanted));
+        }
+        total = _mm_add_epi32(total, _mm_madd_epi16(lanes, Repeat(1)));
     }
-    return count + Scalar::CountUnit(text + at, length - at, unit);
+    total = _mm_add_epi32(total, _mm_shuffle_epi32(total, _MM_SHUFFLE(1, 0, 3, 2)));
+    total = _mm_add_epi32(total, _mm_shuffle_epi32(total, _MM_SHUFFLE(2, 3, 0, 1)));
+    return _mm_cvtsi128_si32(total) + Scalar::CountUnit(text + at, length - at, unit);
 }
 
 int FindText(char16_t const* text, int length, char16_t const* needle, int needleLength) noexcept
@@ -208,7 +216,8 @@ int Mismatch(char16_t const* left, char16_t const* right, int length) noexcept
 {
     int at = 0;
     for (; at + kBlock <= length; at += kBlock) {
-        unsigned const differing = MaskOf(_mm_cmpeq_epi16(Load(left + at), Load(right + at))) ^ 0xFFFF;
+        unsigned const differing =
+            MaskOf(_mm_cmpeq_epi16(Load(left + at), Load(right + at))) ^ 0xFFFF;
         if (differing != 0) {
             return at + UnitScan::FirstOf(differing);
         }
@@ -228,20 +237,20 @@ int Compare(char16_t const* left, int leftLength, char16_t const* right, int rig
 
 int ReplaceUnit(char16_t* text, int length, char16_t before, char16_t after) noexcept
 {
+    int const count = CountUnit(text, length, before);
+    if (count == 0) {
+        return 0;
+    }
     __m128i const wanted = Repeat(before);
     __m128i const change = Repeat(static_cast<char16_t>(before ^ after));
-    int count = 0;
     int at = 0;
     for (; at + kBlock <= length; at += kBlock) {
         __m128i const block = Load(text + at);
         __m128i const equal = _mm_cmpeq_epi16(block, wanted);
-        unsigned const mask = MaskOf(equal);
-        if (mask != 0) {
-            UnitScan::Store(text + at, _mm_xor_si128(block, _mm_and_si128(equal, change)));
-            count += __builtin_popcount(mask) / 2;
-        }
+        UnitScan::Store(text + at, _mm_xor_si128(block, _mm_and_si128(equal, change)));
     }
-    return count + Scalar::ReplaceUnit(text + at, length - at, before, after);
+    Scalar::ReplaceUnit(text + at, length - at, before, after);
+    return count;
 }
 
 void Reverse(char16_t* text, int length) noexcept

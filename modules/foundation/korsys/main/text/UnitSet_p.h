@@ -11,10 +11,7 @@ namespace UnitSet {
 class List
 {
 public:
-    List(char16_t const* units, int length)
-        : m_units(units)
-        , m_length(length)
-    {}
+    List(char16_t const* units, int length) : m_units(units), m_length(length) {}
 
     bool operator()(char16_t unit) const
     {

@@ -26,16 +26,8 @@ TEST(KorErrorsErrorTest, EveryIdStringSpellsItsNumberAndNoneComesTwice)
         EXPECT_EQ(name, category + kind + digits);
         EXPECT_TRUE(numbers.insert(error.GetId()).second) << name;
     }
-}
-
-TEST(KorErrorsErrorTest, FactoriesCarryTheIdsThatHandlersKnow)
-{
-    EXPECT_EQ(KorErrorsError::AutoGen_0x8CA372D6().GetId(), 0x8CA372D6);
     EXPECT_EQ(KorErrorsError::AutoGen_0x00985BE7().GetName(), // zeros first, a scan string's
               u"TFormatStringException_AutoGen_0x00985BE7");
-    EXPECT_EQ(KorErrorsError::TFile_0x47B61D6A().GetName(), u"TIOException_TFile_0x47B61D6A");
-    EXPECT_EQ(KorErrorsError::LogicAssert_0x9B334DB6().GetName(),
-              u"LogicException_LogicAssert_0x9B334DB6");
 }
 
 } // namespace

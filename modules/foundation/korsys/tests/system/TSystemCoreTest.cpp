@@ -53,39 +53,30 @@ TEST(TSystemCoreTest, AForkedChildHasItsOwnIds)
 
 TEST(TSystemCoreTest, PathsLeadToTheExecutableAndToModules)
 {
-    struct Case
-    {
-        int line;
-        void const* address;
-        TPathCore directory;
-    };
     auto* const here = reinterpret_cast<void const*>(&ProcessIDIsTheSystems);
     auto* const library = reinterpret_cast<void const*>(&TSystemCore::ModuleFilename);
     EXPECT_EQ(TSystemCore::ModuleFilename(here), TSystemCore::ExecutableFilename());
     EXPECT_NE(TSystemCore::ModuleFilename(library), TSystemCore::ExecutableFilename());
-    Case const cases[] = {
-        {__LINE__, here, TSystemCore::ExecutablePath()},
-        {__LINE__, library, TSystemCore::ModuleDirectory(library)},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
+    EXPECT_EQ(TSystemCore::ModuleDirectory(here), TSystemCore::ExecutablePath());
+    EXPECT_EQ(TSystemCore::ModulePath(TPathCore()), TSystemCore::ExecutablePath());
+    for (void const* const address : {here, library}) {
         std::string const file =
-            TSystemCore::ModuleFilename(c.address).GenericString().toStdString();
+            TSystemCore::ModuleFilename(address).GenericString().toStdString();
+        TPathCore const directory = TSystemCore::ModuleDirectory(address);
         std::size_t const slash = file.rfind('/');
         EXPECT_EQ(::access(file.c_str(), R_OK), 0) << file;
         EXPECT_EQ(file.front(), '/');
-        EXPECT_EQ(c.directory, Path(file.substr(0, slash)));
+        EXPECT_EQ(directory, Path(file.substr(0, slash)));
         // By name, by path, and by another spelling of the path.
         for (std::string const& module : {file.substr(slash + 1), file, "/." + file}) {
-            EXPECT_EQ(TSystemCore::ModulePath(Path(module)), c.directory) << module;
+            EXPECT_EQ(TSystemCore::ModulePath(Path(module)), directory) << module;
         }
     }
-    EXPECT_EQ(TSystemCore::ModulePath(TPathCore()), TSystemCore::ExecutablePath());
 }
 
 TEST(TSystemCoreTest, WhatIsNotLoadedHasNoPath)
 {
-    int local = 0;
+    int const local = 0;
     EXPECT_EQ(TSystemCore::ModuleFilename(&local), TPathCore());
     EXPECT_EQ(TSystemCore::ModuleDirectory(nullptr), TPathCore());
     for (char const* const module : {"no-such-module.so", "/no/such/module.so", "/"}) {

@@ -13,34 +13,14 @@ std::string Normalized(std::string bytes)
     return bytes;
 }
 
-TEST(UnicodeTest, TurnsOnlyCrLfIntoLf)
+TEST(UnicodeTest, OnlyCrLfBecomesLf)
 {
-    struct Case
-    {
-        int line;
-        std::string bytes;
-        std::string result;
-    };
-    Case const cases[] = {
-        {__LINE__, "", ""},
-        {__LINE__, "\r\n", "\n"},
-        {__LINE__, "\r", "\r"},
-        {__LINE__, "a\r\nb\r\n", "a\nb\n"},
-        {__LINE__, "a\rb\nc", "a\rb\nc"},
-        {__LINE__, "a\r\r\nb", "a\r\nb"}, // what comes out is not looked at again
-        {__LINE__, "\n\r\n\r", "\n\n\r"},
-        {__LINE__, std::string("\0\r\n\0", 4), std::string("\0\n\0", 3)},
-        {__LINE__, "\xC3\xA4\r\n", "\xC3\xA4\n"},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        EXPECT_EQ(Normalized(c.bytes), c.result);
-    }
     EXPECT_EQ(Unicode::normalizeLineEndings(nullptr, 0), 0u);
-}
+    EXPECT_EQ(Normalized("\r"), "\r");
+    EXPECT_EQ(Normalized("\n\r\nb\rc\r\n"), "\n\nb\rc\n");
+    EXPECT_EQ(Normalized("a\r\r\nb"), "a\r\nb"); // what comes out is not looked at again
+    EXPECT_EQ(Normalized(std::string("\0\r\n\0", 4)), std::string("\0\n\0", 3));
 
-TEST(UnicodeTest, AgreesWithTheRuleByteByByte)
-{
     std::mt19937 random(41); // fixed seed: a failure can be run again
     for (int round = 0; round < 2000; ++round) {
         std::string bytes(random() % 40, '\0');

@@ -6,12 +6,15 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 
 namespace {
 
-constexpr int kBytes = 16;
+constexpr std::size_t kBytes = 16;
 constexpr int kBracedUnits = 38;
 constexpr int kCompactUnits = 32;
+constexpr std::size_t kUnbracedUnits = 36;
 constexpr int kBase36Group = 7;  ///< Digits that any 32-bit value fits in.
 constexpr int kBase64Group = 11; ///< Digits that any 64-bit value fits in.
 
@@ -42,7 +45,13 @@ QUuid FromWords(Words const& words)
     return uuid;
 }
 
-// Text in hexadecimal digits
+QUuid FromBigEndian(unsigned char const* bytes)
+{
+    return FromWords({BigEndian32(bytes), BigEndian32(bytes + 4), BigEndian32(bytes + 8),
+                      BigEndian32(bytes + 12)});
+}
+
+// Writing
 
 struct DigitPair
 {
@@ -97,6 +106,26 @@ TString Compact(Words const& words)
     return text;
 }
 
+TString Base36(Words const& words)
+{
+    TString text;
+    text.reserve(kBase36Group * static_cast<int>(words.size()));
+    for (std::uint32_t const word : words) {
+        text += TString::number(word, 36, kBase36Group, u'0');
+    }
+    return text;
+}
+
+TString Base64(Words const& words)
+{
+    std::uint64_t const first = std::uint64_t(words[0]) << 32 | words[1];
+    std::uint64_t const second = std::uint64_t(words[2]) << 32 | words[3];
+    return TString::number(first, 64, kBase64Group, u'0') +
+           TString::number(second, 64, kBase64Group, u'0');
+}
+
+// Reading
+
 /// The value of every Latin-1 character as a hexadecimal digit; -1 for what is none.
 constexpr std::array<std::int8_t, 256> kDigitValues = [] {
     std::array<std::int8_t, 256> values{};
@@ -112,14 +141,131 @@ constexpr std::array<std::int8_t, 256> kDigitValues = [] {
     return values;
 }();
 
-/// Reads the text of an identifier, which a zero ends.
-template <class Unit>
-QUuid FromHex(Unit const* text)
+/// Reads digits and remembers whether all of them were good. Nearly every text is good, so there
+/// is no branch for each digit.
+class HexReader
 {
-    if (text == nullptr) {
+public:
+    /// Requires: the text has `digits` units, at most 8.
+    template <class Unit>
+    std::uint32_t Read(Unit const* text, int digits)
+    {
+        std::uint32_t value = 0;
+        for (int i = 0; i < digits; ++i) {
+            unsigned const unit = std::make_unsigned_t<Unit>(text[i]);
+            int const digit = kDigitValues[unit & 0xFF];
+            m_allUnits |= unit;
+            m_allDigits |= digit;
+            value = value << 4 | static_cast<std::uint32_t>(digit);
+        }
+        return value;
+    }
+
+    bool IsGood() const { return m_allUnits <= 0xFF && m_allDigits >= 0; }
+
+private:
+    unsigned m_allUnits = 0;
+    int m_allDigits = 0; ///< Negative once a digit was bad.
+};
+
+/// Reads an identifier from the start of a text of `length` units.
+template <class Unit>
+QUuid FromHex(Unit const* text, std::size_t length)
+{
+    if (length > 0 && text[0] == Unit('{')) {
+        ++text;
+        --length;
+    }
+    if (length < kUnbracedUnits || text[8] != Unit('-') || text[13] != Unit('-') ||
+        text[18] != Unit('-') || text[23] != Unit('-')) {
         return QUuid();
     }
-    ...
+    HexReader reader;
+    Words const words = {reader.Read(text, 8),
+                         reader.Read(text + 9, 4) << 16 | reader.Read(text + 14, 4),
+                         reader.Read(text + 19, 4) << 16 | reader.Read(text + 24, 4),
+                         reader.Read(text + 28, 8)};
+    return reader.IsGood() ? FromWords(words) : QUuid();
 }
 
 } // namespace
+
+TUUID::TUUID(char const* text) noexcept
+    : m_uuid(text == nullptr ? QUuid() : FromHex(text, std::strlen(text)))
+{
+}
+
+TUUID::TUUID(char16_t const* text) noexcept
+    : m_uuid(FromHex(text, static_cast<std::size_t>(TString::length(text))))
+{
+}
+
+TUUID::TUUID(TString const& text) noexcept
+    : m_uuid(FromHex(text.constData(), static_cast<std::size_t>(text.length())))
+{
+}
+
+TString TUUID::ToString(TUUIDFormatOption format) const
+{
+    Words const words = WordsOf(m_uuid);
+    switch (format) {
+    case TUUIDFormatOption::Compact:
+        return Compact(words);
+    case TUUIDFormatOption::Base36:
+        return Base36(words);
+    case TUUIDFormatOption::Base64:
+        return Base64(words);
+    case TUUIDFormatOption::Braced:
+        break;
+    }
+    return Braced(words);
+}
+
+std::vector<unsigned char> TUUID::ToRFC4122() const
+{
+    std::vector<unsigned char> bytes;
+    bytes.reserve(kBytes);
+    for (std::uint32_t const word : WordsOf(m_uuid)) {
+        for (int shift = 24; shift >= 0; shift -= 8) {
+            bytes.push_back(static_cast<unsigned char>(word >> shift));
+        }
+    }
+    return bytes;
+}
+
+TUUID TUUID::CreateUUID()
+{
+    return QUuid::createUuid();
+}
+
+TUUID TUUID::FromBase36(TString const& text)
+{
+    Words words{};
+    if (text.length() < kBase36Group * static_cast<int>(words.size())) {
+        ThrowError<KorvelException>(TString(u"TUUID::FromBase36: String too short."),
+                                    &KorErrorsError::AutoGen_0x318CE3BA);
+    }
+    bool isGood = true;
+    int at = 0;
+    for (std::uint32_t& word : words) {
+        bool isNumber = false;
+        word = text.mid(at, kBase36Group).toUInt(&isNumber, 36);
+        isGood = isGood && isNumber;
+        at += kBase36Group;
+    }
+    if (!isGood) {
+        ThrowError<KorvelException>(TString(u"TUUID::FromBase36: String cannot be parsed."),
+                                    &KorErrorsError::AutoGen_0x9B4122E9);
+    }
+    return FromWords(words);
+}
+
+TUUID TUUID::FromRFC4122(std::vector<unsigned char> const& bytes)
+{
+    return bytes.size() == kBytes ? FromBigEndian(bytes.data()) : QUuid();
+}
+
+TUUID TUUID::FromRFC4122(unsigned char const* bytes, int size)
+{
+    return bytes != nullptr && size == kBytes ? FromBigEndian(bytes) : QUuid();
+}

@@ -1,0 +1,30 @@
+#include "LongestLines.h"
+
+#include <algorithm>
+
+namespace TextCensus {
+namespace {
+
+bool StandsBefore(LongLine const& a, LongLine const& b)
+{
+    if (a.codeUnits != b.codeUnits) {
+        return a.codeUnits > b.codeUnits;
+    }
+    int const byPath = a.path.compare(b.path);
+    return byPath != 0 ? byPath < 0 : a.number < b.number;
+}
+
+} // namespace
+
+void LongestLines::Take(LongLine const& line)
+{
+    if (!MayTake(line.codeUnits)) {
+        return;
+    }
+    m_lines.insert(std::upper_bound(m_lines.begin(), m_lines.end(), line, StandsBefore), line);
+    if (m_lines.size() > kCount) {
+        m_lines.pop_back();
+    }
+}
+
+} // namespace TextCensus

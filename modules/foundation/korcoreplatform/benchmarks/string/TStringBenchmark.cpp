@@ -1,0 +1,235 @@
+// The text type beside Qt's, ICU's and the standard library's: making, joining, finding, mapping.
+
+#include "korcoreplatform/benchmarks/support/PeerTable.h"
+#include "korcoreplatform/benchmarks/support/SampleTexts.h"
+#include "korcoreplatform/main/string/TString.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+#include <unicode/locid.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+using PeerTable::Repeat;
+using PeerTable::Row;
+
+/// One text in all four types. Copies of a `Texts` would share blocks, which is what "copy" rows
+/// measure.
+struct Texts
+{
+    explicit Texts(std::u16string const& text)
+        : std(text), ours(TString::fromStdU16String(text)), qt(QString::fromStdU16String(text)),
+          icu(text.data(), int32_t(text.size()))
+    {
+    }
+
+    std::u16string std;
+    TString ours;
+    QString qt;
+    icu::UnicodeString icu;
+};
+
+bool MakeAndCopy()
+{
+    Row("default constructor, then move", 1.0)
+        .Ours(Repeat([] { TString a; benchmark::DoNotOptimize(a); TString b(std::move(a)); return b; }))
+        .Peer("QString", Repeat([] { QString a; benchmark::DoNotOptimize(a); QString b(std::move(a)); return b; }))
+        .Peer("ICU", Repeat([] { icu::UnicodeString a; benchmark::DoNotOptimize(a); icu::UnicodeString b(std::move(a)); return b; }))
+        .Peer("std", Repeat([] { std::u16string a; benchmark::DoNotOptimize(a); std::u16string b(std::move(a)); return b; }));
+    for (int n : {10, 60, 1000}) {
+        Texts const t(SampleTexts::Words(n));
+        Row("copy of " + std::to_string(n) + " units", n == 10 ? 0.5 : 1.0)
+            .Ours(Repeat([t] { return TString(t.ours); }))
+            .Peer("QString", Repeat([t] { return QString(t.qt); }))
+            .Peer("ICU", Repeat([t] { return icu::UnicodeString(t.icu); }))
+            .Peer("std", Repeat([t] { return std::u16string(t.std); }));
+    }
+    std::u16string const ten = SampleTexts::Words(10);
+    Row("construct from 10 units", 0.5)
+        .Ours(Repeat([ten] { return TString(ten.data(), int(ten.size())); }))
+        .Peer("QString", Repeat([ten] { return QString(reinterpret_cast<QChar const*>(ten.data()), int(ten.size())); }))
+        .Peer("ICU", Repeat([ten] { return icu::UnicodeString(ten.data(), int(ten.size())); }))
+        .Peer("std", Repeat([ten] { return std::u16string(ten.data(), ten.size()); }));
+    return true;
+}
+
+bool AppendAndConcatenate()
+{
+    Row("append one unit up to 1000", 1.0)
+        .Ours(Repeat([] { TString s; for (int i = 0; i < 1000; ++i) { s.append(char16_t(u'a' + (i & 15))); } return s; }))
+        .Peer("QString", Repeat([] { QString s; for (int i = 0; i < 1000; ++i) { s.append(QChar(u'a' + (i & 15))); } return s; }))
+        .Peer("ICU", Repeat([] { icu::UnicodeString s; for (int i = 0; i < 1000; ++i) { s.append(char16_t(u'a' + (i & 15))); } return s; }))
+        .Peer("std", Repeat([] { std::u16string s; for (int i = 0; i < 1000; ++i) { s.push_back(char16_t(u'a' + (i & 15))); } return s; }));
+    Texts const ten(SampleTexts::Words(10));
+    Row("append ten units up to 1000", 1.0)
+        .Ours(Repeat([ten] { TString s; for (int i = 0; i < 100; ++i) { s.append(ten.ours); } return s; }))
+        .Peer("QString", Repeat([ten] { QString s; for (int i = 0; i < 100; ++i) { s.append(ten.qt); } return s; }))
+        .Peer("ICU", Repeat([ten] { icu::UnicodeString s; for (int i = 0; i < 100; ++i) { s.append(ten.icu); } return s; }))
+        .Peer("std", Repeat([ten] { std::u16string s; for (int i = 0; i < 100; ++i) { s.append(ten.std); } return s; }));
+    for (int n : {4, 20}) {
+        Texts const a(SampleTexts::Words(n));
+        Texts const b(SampleTexts::Words(n, 2));
+        Texts const c(SampleTexts::Words(n, 3));
+        Row("a + b + c of " + std::to_string(3 * n) + " units", n == 4 ? 0.6 : 0.8)
+            .Ours(Repeat([a, b, c] { return a.ours + b.ours + c.ours; }))
+            .Peer("QString", Repeat([a, b, c] { return QString(a.qt + b.qt + c.qt); }))
+            .Peer("ICU", Repeat([a, b, c] { return a.icu + b.icu + c.icu; }))
+            .Peer("std", Repeat([a, b, c] { return a.std + b.std + c.std; }));
+    }
+    return true;
+}
+
+bool Compare()
+{
+    for (int n : {60, 1000}) {
+        Texts const a(SampleTexts::Words(n));
+        Texts const b(std::u16string(SampleTexts::Words(n).c_str())); // blocks of its own
+        Row("equality of " + std::to_string(n) + " units", 1.0)
+            .Ours(Repeat([a, b] { return a.ours == b.ours; }))
+            .Peer("QString", Repeat([a, b] { return a.qt == b.qt; }))
+            .Peer("ICU", Repeat([a, b] { return a.icu == b.icu; }))
+            .Peer("std", Repeat([a, b] { return a.std == b.std; }));
+    }
+    struct Script
+    {
+        char const* name;
+        std::u16string text;
+        double mark;
+    };
+    for (Script const& script : {Script{"ASCII", SampleTexts::Words(60), 0.15},
+                                 Script{"Cyrillic", SampleTexts::Cyrillic(60), 0.5}}) {
+        Texts const a(script.text);
+        Texts const b(TString::fromStdU16String(script.text).toUpper().toStdU16String());
+        Row(std::string("compare without case, 60 units ") + script.name, script.mark)
+            .Ours(Repeat([a, b] { return a.ours.compare(b.ours, TString::CaseInsensitive); }))
+            .Peer("QString", Repeat([a, b] { return a.qt.compare(b.qt, Qt::CaseInsensitive); }))
+            .Peer("ICU", Repeat([a, b] { return a.icu.caseCompare(b.icu, U_FOLD_CASE_DEFAULT); }));
+    }
+    return true;
+}
+
+bool Find()
+{
+    std::u16string const words = SampleTexts::Words(1000);
+    Texts const text(words);
+    Texts const lateHit(words.substr(0, 985) + u"Zephyr4, the end");
+    Texts const needle(u"Zephyr4,");
+    Texts const folded(u"zEPHYR4,");
+    char16_t const unit = u'#';
+    char16_t const letter = u'Q'; // in no sample, in neither case
+    Row("find a unit, miss, 1000", 1.0)
+        .Ours(Repeat([=] { return text.ours.indexOf(unit); }))
+        .Peer("QString", Repeat([=] { return text.qt.indexOf(QChar(unit)); }))
+        .Peer("ICU", Repeat([=] { return text.icu.indexOf(unit); }))
+        .Peer("std", Repeat([=] { return text.std.find(unit); }));
+    Row("find a unit without case, miss, 1000", 0.5)
+        .Ours(Repeat([=] { return text.ours.indexOf(letter, 0, TString::CaseInsensitive); }))
+        .Peer("QString", Repeat([=] { return text.qt.indexOf(QChar(letter), 0, Qt::CaseInsensitive); }));
+    for (bool hit : {false, true}) {
+        Texts const& in = hit ? lateHit : text;
+        std::string const how = hit ? "late hit" : "miss";
+        Row("find 8 units, " + how + ", 1000", 0.75)
+            .Ours(Repeat([=] { return in.ours.indexOf(needle.ours); }))
+            .Peer("QString", Repeat([=] { return in.qt.indexOf(needle.qt); }))
+            .Peer("ICU", Repeat([=] { return in.icu.indexOf(needle.icu); }))
+            .Peer("std", Repeat([=] { return in.std.find(needle.std); }));
+        Row("find 8 units without case, " + how + ", 1000", 0.5)
+            .Ours(Repeat([=] { return in.ours.indexOf(folded.ours, 0, TString::CaseInsensitive); }))
+            .Peer("QString", Repeat([=] { return in.qt.indexOf(folded.qt, 0, Qt::CaseInsensitive); }));
+    }
+    return true;
+}
+
+bool MapCase()
+{
+    struct Sample
+    {
+        std::string name;
+        std::u16string text;
+        double mark;
+    };
+    Sample const samples[] = {{"ASCII 60", SampleTexts::Words(60), 0.2},
+                              {"ASCII 1000", SampleTexts::Words(1000), 0.2},
+                              {"Cyrillic 1000", SampleTexts::Cyrillic(1000), 0.5},
+                              {"Greek 1000", SampleTexts::Greek(1000), 0.5}};
+    icu::Locale const root = icu::Locale::getRoot();
+    for (Sample const& sample : samples) {
+        Texts const t(sample.text);
+        Row("toUpper " + sample.name, sample.mark)
+            .Ours(Repeat([t] { return t.ours.toUpper(); }))
+            .Peer("QString", Repeat([t] { return t.qt.toUpper(); }))
+            .Peer("ICU", Repeat([t, root] { return icu::UnicodeString(t.icu).toUpper(root); }));
+        Texts const upper(t.ours.toUpper().toStdU16String());
+        Row("toLower " + sample.name, sample.mark)
+            .Ours(Repeat([upper] { return upper.ours.toLower(); }))
+            .Peer("QString", Repeat([upper] { return upper.qt.toLower(); }))
+            .Peer("ICU", Repeat([upper, root] { return icu::UnicodeString(upper.icu).toLower(root); }));
+    }
+    return true;
+}
+
+/// Every occurrence in a std::u16string, as its users write it.
+std::u16string StdReplaced(std::u16string text, std::u16string const& before,
+                           std::u16string const& after)
+{
+    for (std::size_t at = text.find(before); at != text.npos; at = text.find(before, at + after.size())) {
+        text.replace(at, before.size(), after);
+    }
+    return text;
+}
+
+bool SplitJoinReplace()
+{
+    std::u16string parts;
+    for (int i = 0; i < 100; ++i) {
+        parts += SampleTexts::Words(9, i) + (i < 99 ? u";" : u"");
+    }
+    Texts const t(parts);
+    Row("split of 1000 units into 100 parts", 0.5)
+        .Ours(Repeat([t] { return t.ours.split(u';'); }))
+        .Peer("QString", Repeat([t] { return t.qt.split(';'); }));
+    std::vector<TString> const ours = t.ours.split(u';');
+    QStringList const qts = t.qt.split(';');
+    Row("join of 100 parts", 1.0)
+        .Ours(Repeat([ours] { return TString::join(ours, u", "); }))
+        .Peer("QString", Repeat([qts] { return qts.join(", "); }));
+    Texts const before(u";");
+    Texts const after(u" :: ");
+    Texts const absent(u"#;#");
+    Row("replace of 99 hits", 0.9)
+        .Ours(Repeat([=] { return TString(t.ours).replace(before.ours, after.ours); }))
+        .Peer("QString", Repeat([=] { return QString(t.qt).replace(before.qt, after.qt); }))
+        .Peer("ICU", Repeat([=] { return icu::UnicodeString(t.icu).findAndReplace(before.icu, after.icu); }))
+        .Peer("std", Repeat([=] { return StdReplaced(t.std, before.std, after.std); }));
+    Row("replace with no hit", 0.8)
+        .Ours(Repeat([=] { return TString(t.ours).replace(absent.ours, after.ours); }))
+        .Peer("QString", Repeat([=] { return QString(t.qt).replace(absent.qt, after.qt); }))
+        .Peer("ICU", Repeat([=] { return icu::UnicodeString(t.icu).findAndReplace(absent.icu, after.icu); }))
+        .Peer("std", Repeat([=] { return StdReplaced(t.std, absent.std, after.std); }));
+    return true;
+}
+
+bool Hash()
+{
+    for (int n : {10, 60, 1000}) {
+        Texts const t(SampleTexts::Words(n));
+        // ICU hashes a sample of the units of a long text and is no peer.
+        Row("hash of " + std::to_string(n) + " units", n == 1000 ? 0.5 : 1.0)
+            .Ours(Repeat([t] { return std::hash<TString>()(t.ours); }))
+            .Peer("QString", Repeat([t] { return qHash(t.qt); }))
+            .Peer("std", Repeat([t] { return std::hash<std::u16string>()(t.std); }));
+    }
+    return true;
+}
+
+[[maybe_unused]] bool const s_registered = MakeAndCopy() && AppendAndConcatenate() && Compare() &&
+                                           Find() && MapCase() && SplitJoinReplace() && Hash();
+
+} // namespace

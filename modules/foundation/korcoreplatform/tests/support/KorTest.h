@@ -1,0 +1,11 @@
+/// What the tests of this module share: the error check, and texts that failures show as text.
+
+#pragma once
+
+#include "korcoreplatform/main/string/TString.h"
+#include "korsys/tests/support/KorTest.h"
+
+inline void PrintTo(TString const& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
