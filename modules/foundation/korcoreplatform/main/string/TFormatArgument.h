@@ -10,8 +10,8 @@
 #include <type_traits>
 
 /// The arguments of `TFormatString::args` and `TFormat`: `Of(value)` picks the class that holds a
-/// value's text. `View` is for a caller that formats at once; it is good as long as the argument and
-/// the value live. `Text` is for a caller that keeps it.
+/// value's text. `View` is for a caller that formats at once; it is good as long as the argument
+/// and the value live. `Text` is for a caller that keeps it.
 ///
 /// - Texts are inserted as they are: `TString`, everything that converts to it, literals. A null
 ///   pointer to characters is the empty text.
@@ -41,10 +41,9 @@ private:
 class Units
 {
 public:
-    explicit Units(char16_t const* text) noexcept :
-        m_view(text, static_cast<std::size_t>(TStringCore::length(text)))
-    {
-    }
+    explicit Units(char16_t const* text) noexcept
+        : m_view(text, static_cast<std::size_t>(TStringCore::length(text)))
+    {}
     KORCOREPLATFORM_EXPORT explicit Units(QString const& text) noexcept; ///< Zero units included.
 
     std::u16string_view View() const noexcept { return m_view; }
@@ -98,7 +97,8 @@ Written OfInteger(Integer number) noexcept
     if constexpr (sizeof(Integer) <= sizeof(int)) {
         return Written(static_cast<std::conditional_t<isSigned, int, unsigned int>>(number));
     } else {
-        return Written(static_cast<std::conditional_t<isSigned, long long, unsigned long long>>(number));
+        return Written(
+            static_cast<std::conditional_t<isSigned, long long, unsigned long long>>(number));
     }
 }
 
@@ -108,11 +108,12 @@ constexpr bool kIsNumber = std::is_integral_v<Value> && !std::is_same_v<Value, w
 
 template <class Value>
 constexpr bool kIsUnitPointer =
-    std::is_pointer_v<Value> && std::is_convertible_v<Value, char16_t const*>;
+    std::is_pointer_v<Value>&& std::is_convertible_v<Value, char16_t const*>;
 
 template <class Value>
-constexpr bool kIsPointer = (std::is_pointer_v<Value> || std::is_null_pointer_v<Value>) &&
-                            std::is_convertible_v<Value, void const*>;
+constexpr bool
+    kIsPointer = (std::is_pointer_v<Value> ||
+                  std::is_null_pointer_v<Value>)&&std::is_convertible_v<Value, void const*>;
 
 template <class Value>
 auto Of(Value const& value)

@@ -343,9 +343,9 @@ public:
 
     // Substring, split, join
 
-    TString left(int n) const { return TStringCore::left(n); }
-    TString right(int n) const { return TStringCore::right(n); }
-    TString mid(int pos, int n = -1) const { return TStringCore::mid(pos, n); }
+    TString left(int n) const { return taken<TString>(leftPart(n)); }
+    TString right(int n) const { return taken<TString>(rightPart(n)); }
+    TString mid(int pos, int n = -1) const { return taken<TString>(midPart(pos, n)); }
     TString section(char16_t sep, int start, int end = -1, SectionFlags flags = SectionDefault) const
     {
         return TStringCore::section(sep, start, end, flags);
@@ -403,7 +403,7 @@ public:
     TString& trimRight(char16_t c) { return self(TStringCore::trimRight(c)); }
     TString& trimRight(char16_t const* set) { return self(TStringCore::trimRight(set)); }
     TString& trimRight(TString const& set) { return self(TStringCore::trimRight(set)); }
-    TString trimmed() const { return TStringCore::trimmed(); }
+    TString trimmed() const { return taken<TString>(trimmedPart()); }
     TString leftJustified(int width, char16_t fill = u' ', bool truncate = false) const
     {
         return TStringCore::leftJustified(width, fill, truncate);
@@ -416,8 +416,8 @@ public:
     TString& reverse() { return self(TStringCore::reverse()); }
     TString reversed() const { return TStringCore::reversed(); }
 
-    TString toLower() const { return TStringCore::toLower(); }
-    TString toUpper() const { return TStringCore::toUpper(); }
+    TString toLower() const { return made<TString>(&TString::becomeLower, *this); }
+    TString toUpper() const { return made<TString>(&TString::becomeUpper, *this); }
     TString normalized(NormalizationForm form) const;
 
     // Line endings and byte-order mark
@@ -431,80 +431,96 @@ public:
 
     // Numbers
 
-    static TString number(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
-    {
-        return TStringCore::number(v, base, fieldWidth, fill);
-    }
-    static TString number(unsigned short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
-    {
-        return TStringCore::number(v, base, fieldWidth, fill);
-    }
-    static TString number(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
-    {
-        return TStringCore::number(v, base, fieldWidth, fill);
-    }
-    static TString number(unsigned int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
-    {
-        return TStringCore::number(v, base, fieldWidth, fill);
-    }
-    static TString number(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
-    {
-        return TStringCore::number(v, base, fieldWidth, fill);
-    }
-    static TString number(unsigned long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
-    {
-        return TStringCore::number(v, base, fieldWidth, fill);
-    }
-    static TString number(long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
-    {
-        return TStringCore::number(v, base, fieldWidth, fill);
-    }
-    static TString number(unsigned long long v, int base = 10, int fieldWidth = 0,
-                          char16_t fill = u' ')
-    {
-        return TStringCore::number(v, base, fieldWidth, fill);
-    }
-    static TString number(double v, char format = 'g', int precision = 6, bool trimZeros = false)
-    {
-        return TStringCore::number(v, format, precision, trimZeros);
-    }
-
-    /// Replaces the text by the number's text; the arguments are those of `number`.
+    /// Replaces the text by the number's text.
     TString& setNum(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        return *this = number(v, base, fieldWidth, fill);
+        return self(TStringCore::setNum(v, base, fieldWidth, fill));
     }
     TString& setNum(unsigned short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        return *this = number(v, base, fieldWidth, fill);
+        return self(TStringCore::setNum(v, base, fieldWidth, fill));
     }
     TString& setNum(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        return *this = number(v, base, fieldWidth, fill);
+        return self(TStringCore::setNum(v, base, fieldWidth, fill));
     }
     TString& setNum(unsigned int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        return *this = number(v, base, fieldWidth, fill);
+        return self(TStringCore::setNum(v, base, fieldWidth, fill));
     }
     TString& setNum(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        return *this = number(v, base, fieldWidth, fill);
+        return self(TStringCore::setNum(v, base, fieldWidth, fill));
     }
     TString& setNum(unsigned long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        return *this = number(v, base, fieldWidth, fill);
+        return self(TStringCore::setNum(v, base, fieldWidth, fill));
     }
     TString& setNum(long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        return *this = number(v, base, fieldWidth, fill);
+        return self(TStringCore::setNum(v, base, fieldWidth, fill));
     }
     TString& setNum(unsigned long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        return *this = number(v, base, fieldWidth, fill);
+        return self(TStringCore::setNum(v, base, fieldWidth, fill));
     }
     TString& setNum(double v, char format = 'g', int precision = 6, bool trimZeros = false)
     {
-        return *this = number(v, format, precision, trimZeros);
+        return self(TStringCore::setNum(v, format, precision, trimZeros));
+    }
+    static TString number(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TString result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TString number(unsigned short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TString result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TString number(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TString result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TString number(unsigned int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TString result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TString number(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TString result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TString number(unsigned long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TString result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TString number(long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TString result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TString number(unsigned long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TString result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TString number(double v, char format = 'g', int precision = 6, bool trimZeros = false)
+    {
+        TString result;
+        result.setNum(v, format, precision, trimZeros);
+        return result;
     }
 
     static TString pointer(void const* address, bool prefix = true, bool padded = false)
@@ -514,7 +530,7 @@ public:
 
     // Encodings
 
-    static TString fromUtf8(char const* text, int len = -1) { return TStringCore::fromUtf8(text, len); }
+    static TString fromUtf8(char const* text, int len = -1) { return TString(text, len); }
     static TString fromUtf16(char16_t const* text, int len = -1) { return TStringCore::fromUtf16(text, len); }
     static TString fromUtf32(char32_t const* text, int len = -1) { return TStringCore::fromUtf32(text, len); }
     static TString fromLatin1(char const* text, int len = -1) { return TStringCore::fromLatin1(text, len); }

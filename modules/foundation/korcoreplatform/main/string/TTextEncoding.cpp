@@ -94,7 +94,8 @@ EncodingType MarklessEncoding(std::string_view bytes)
     }
     if (StartsWith(bytes, kDeclarationStart)) {
         std::size_t const end = bytes.find("?>", kDeclarationStart.size());
-        return end == bytes.npos ? EncodingUtf8 : EncodingOfName(DeclaredName(bytes.substr(0, end)));
+        return end == bytes.npos ? EncodingUtf8
+                                 : EncodingOfName(DeclaredName(bytes.substr(0, end)));
     }
     if (bytes.size() >= kMinUtf16Declaration && StartsWithWideDeclaration(bytes, 2)) {
         return EncodingUtf16LE;
@@ -212,13 +213,11 @@ TTextEncoding::TTextEncoding(void const* data, unsigned long size)
 
 TTextEncoding::TTextEncoding(std::vector<char> const& data)
     : TTextEncoding(data.data(), data.size())
-{
-}
+{}
 
 TTextEncoding::TTextEncoding(std::vector<unsigned char> const& data)
     : TTextEncoding(data.data(), data.size())
-{
-}
+{}
 
 TString TTextEncoding::ToTString(void const* data, unsigned long size)
 {

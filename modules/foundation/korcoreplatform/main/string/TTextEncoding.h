@@ -55,11 +55,11 @@ public:
     /// The text of one piece. Bytes that the encoding does not allow become U+FFFD; bytes at the
     /// end that are no whole UTF-16 or UTF-32 unit are dropped.
     ///
-    /// A piece that ends with a zero character ends at its first zero character; in any other, zeros
-    /// are characters like all. Empty or null data is the empty text and does not count as the
-    /// first piece; a first piece that is shorter than its mark is empty too.
-    /// Throws: `StringException` with id AutoGen_0xC83B3D89 for a piece of more bytes (UTF-8,
-    /// Latin-1) or units (the others) than a text can hold units; `std::bad_alloc`.
+    /// A piece that ends with a zero character ends at its first zero character; in any other,
+    /// zeros are characters like all. Empty or null data is the empty text and does not count as
+    /// the first piece; a first piece that is shorter than its mark is empty too. Throws:
+    /// `StringException` with id AutoGen_0xC83B3D89 for a piece of more bytes (UTF-8, Latin-1) or
+    /// units (the others) than a text can hold units; `std::bad_alloc`.
     TString ToTString(void const* data, unsigned long size);
     TString ToTString(std::vector<char> const& data);
     TString ToTString(std::vector<unsigned char> const& data);

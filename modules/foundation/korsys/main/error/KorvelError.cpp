@@ -4,8 +4,7 @@
 
 KorvelError::KorvelError(unsigned int id, TStringCore&& name) noexcept
     : m_id(id), m_name(std::move(name))
-{
-}
+{}
 
 KorvelError KorvelError::MakeError(unsigned int id, TStringCore name)
 {

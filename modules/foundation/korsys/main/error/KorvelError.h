@@ -32,4 +32,7 @@ inline bool operator==(KorvelError const& a, KorvelError const& b) noexcept
     return a.GetId() == b.GetId();
 }
 
-inline bool operator!=(KorvelError const& a, KorvelError const& b) noexcept { return !(a == b); }
+inline bool operator!=(KorvelError const& a, KorvelError const& b) noexcept
+{
+    return !(a == b);
+}

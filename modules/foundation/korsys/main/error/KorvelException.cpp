@@ -12,14 +12,12 @@ struct KorvelException::State
 
 KorvelException::KorvelException(TStringCore const& message, TError::ErrorInfo const& errorInfo)
     : KorvelException(std::vector<TStringCore>(1, message), errorInfo)
-{
-}
+{}
 
 KorvelException::KorvelException(TFormatStringCore const& format,
                                  TError::ErrorInfo const& errorInfo)
     : KorvelException(format.result(), errorInfo)
-{
-}
+{}
 
 KorvelException::KorvelException(std::vector<TStringCore> const& messages,
                                  TError::ErrorInfo const& errorInfo)
@@ -89,6 +87,5 @@ void KorvelException::SetState(std::vector<TStringCore>&& messages,
                                TError::ErrorInfo const& errorInfo)
 {
     std::string what = TStringCore::join(messages, u'\n').toStdString();
-    m_state = std::make_shared<State const>(
-        State{std::move(messages), errorInfo, std::move(what)});
+    m_state = std::make_shared<State const>(State{std::move(messages), errorInfo, std::move(what)});
 }

@@ -36,12 +36,11 @@ public:
     KorvelException(std::vector<TStringCore> const& messages, TError::ErrorInfo const& errorInfo);
 
     /// Takes a type that converts both to a text and to a format string as a format string.
-    template <class Format, class = std::enable_if_t<
-                                std::is_convertible_v<Format const&, TFormatStringCore>>>
+    template <class Format,
+              class = std::enable_if_t<std::is_convertible_v<Format const&, TFormatStringCore>>>
     KorvelException(Format const& format, TError::ErrorInfo const& errorInfo)
         : KorvelException(FormatOf(format), errorInfo)
-    {
-    }
+    {}
 
     KorvelException(KorvelException const& other) noexcept;
     KorvelException& operator=(KorvelException const& other) noexcept;

@@ -1,10 +1,8 @@
 #include "korsys/main/error/StringException.h"
 
-StringException::StringException(TStringCore const& message,
-                                 TError::ErrorInfo const& errorInfo)
+StringException::StringException(TStringCore const& message, TError::ErrorInfo const& errorInfo)
     : KorvelException(message, errorInfo)
-{
-}
+{}
 
 StringException::~StringException() = default;
 

@@ -26,4 +26,7 @@ inline bool operator==(TPathCore const& a, TPathCore const& b)
     return a.GenericString() == b.GenericString();
 }
 
-inline bool operator!=(TPathCore const& a, TPathCore const& b) { return !(a == b); }
+inline bool operator!=(TPathCore const& a, TPathCore const& b)
+{
+    return !(a == b);
+}

@@ -89,9 +89,7 @@ std::string Describe(Frame const& frame)
 
 } // namespace
 
-TStackWalker::TStackWalker(StackWalkerConfig const& config) : m_config(config)
-{
-}
+TStackWalker::TStackWalker(StackWalkerConfig const& config) : m_config(config) {}
 
 [[gnu::noinline]] bool TStackWalker::GenerateCallstack()
 {

@@ -26,8 +26,7 @@ extern "C" void RefreshIDsInChild()
 /// Whether a child will refresh what is remembered. No id is remembered before this was called.
 bool IsRefreshedAfterFork() noexcept
 {
-    static bool const s_isRegistered =
-        ::pthread_atfork(nullptr, nullptr, &RefreshIDsInChild) == 0;
+    static bool const s_isRegistered = ::pthread_atfork(nullptr, nullptr, &RefreshIDsInChild) == 0;
     return s_isRegistered;
 }
 

@@ -16,8 +16,8 @@ using EightDigits = std::uint64_t;
 constexpr EightDigits SplitDigits(std::uint32_t value)
 {
     // Each step halves the groups: quotient q and remainder r of a group g become q + (r << width),
-    // which is (g << width) - q * ((divisor << width) - 1). The quotients of all groups are found at
-    // once, by reciprocals that are exact for the range of a group.
+    // which is (g << width) - q * ((divisor << width) - 1). The quotients of all groups are found
+    // at once, by reciprocals that are exact for the range of a group.
     std::uint64_t const upper = value / 10000;
     std::uint64_t const fours = (std::uint64_t(value) << 32) - upper * ((10000ull << 32) - 1);
     std::uint64_t const hundreds = (fours * 10486 >> 20) & 0x0000007F0000007Fu;
@@ -50,8 +50,8 @@ inline int WriteShortDecimal(char16_t* out, std::uint32_t value)
     return 8 - leadingZeros;
 }
 
-/// Room for any decimal number of 32 bits. Units of `out` up to this count may be overwritten, those
-/// behind the returned length with scratch values.
+/// Room for any decimal number of 32 bits. Units of `out` up to this count may be overwritten,
+/// those behind the returned length with scratch values.
 constexpr int kMaxDecimal32Units = 11;
 
 /// Writes the number and returns its length.

@@ -128,8 +128,8 @@ void AppendInteger(FloatDigits& digits, FixedPoint& number)
         groups[groupCount++] = number.TakeFromInteger();
     }
     digits.point = 9 * groupCount;
-    while (groupCount > 0) {
-        AppendNine(digits, groups[--groupCount]);
+    for (int i = groupCount; i-- > 0;) {
+        AppendNine(digits, groups[i]);
     }
 }
 
@@ -147,12 +147,11 @@ void RoundAt(FloatDigits& digits, std::int64_t wanted)
     while (digits.count > 0 && digits.units[digits.count - 1] == u'9') {
         --digits.count;
     }
-    if (digits.count > 0) {
-        ++digits.units[digits.count - 1];
-    } else {
-        digits.units[digits.count++] = u'1';
+    if (digits.count == 0) { // only nines, or nothing: the carry becomes the first digit
+        digits.units[digits.count++] = u'0';
         ++digits.point;
     }
+    ++digits.units[digits.count - 1];
 }
 
 enum class Place
@@ -178,8 +177,8 @@ void RoundExactly(double value, Place place, std::int64_t wanted, FloatDigits& d
 // The short way: one product with a power of ten holds all wanted digits and enough of the rest to
 // round them.
 
-/// The integer nearest to a product. When it is not `sure`, the cut-off product leaves open on which
-/// side of the tie the exact one lies.
+/// The integer nearest to a product. When it is not `sure`, the cut-off product leaves open on
+/// which side of the tie the exact one lies.
 struct RoundedProduct
 {
     std::uint64_t integer;
@@ -215,12 +214,13 @@ constexpr int kMaxShortDigits = 17;
 std::uint64_t PowerOfTenInteger(int k)
 {
     // The powers up to 10^27 are stored whole, below their highest bit.
-    return kPowersOfTen[static_cast<unsigned>(k - kMinPower)].high >> (63 - BinaryExponentOfPower(k));
+    return kPowersOfTen[PowerIndex(k)].high >> (63 - BinaryExponentOfPower(k));
 }
 
 /// The decimal exponent of a normal double, or one less. Read as an integer, the upper half of a
 /// double is its binary logarithm with the mantissa taken for the fraction's logarithm; that is too
-/// low by 0.086 at most, and never near a power of ten exact enough for the cut-off factor to matter.
+/// low by 0.086 at most, and never near a power of ten exact enough for the cut-off factor to
+/// matter.
 int EstimateExponent(double value)
 {
     constexpr std::int64_t kOne = std::int64_t(1) << 20;

@@ -4,6 +4,7 @@
 #include "korsys/main/text/PowersOfTen_p.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -50,7 +51,9 @@ inline char16_t const* ReadDigits(char16_t const* at, char16_t const* end, std::
     return at;
 }
 
-inline char16_t const* ReadManyDigits(char16_t const* at, char16_t const* end, std::uint64_t& mantissa)
+/// As above, for what is often long.
+inline char16_t const* ReadFraction(char16_t const* at, char16_t const* end,
+                                    std::uint64_t& mantissa)
 {
     for (; end - at >= 8; at += 8) {
         FourDigits const first = LoadFour(at);
@@ -64,7 +67,8 @@ inline char16_t const* ReadManyDigits(char16_t const* at, char16_t const* end, s
 }
 
 /// Reads "e", sign and digits when they are complete and returns `at` unchanged when not.
-[[gnu::always_inline]] inline char16_t const* ReadExponent(char16_t const* at, char16_t const* end, std::int64_t& exponent)
+[[gnu::always_inline]] inline char16_t const* ReadExponent(char16_t const* at, char16_t const* end,
+                                                           std::int64_t& exponent)
 {
     constexpr std::int64_t kEnough = 100000000000; // past any length of the digits before it
     char16_t const* digits = at + 1;
@@ -93,7 +97,8 @@ int CountSignificant(char16_t const* at, char16_t const* end)
 }
 
 /// Reads the longest number that starts the text; the answer is its end.
-[[gnu::always_inline]] inline char16_t const* ReadDecimal(char16_t const* at, char16_t const* end, Decimal& decimal)
+[[gnu::always_inline]] inline char16_t const* ReadDecimal(char16_t const* at, char16_t const* end,
+                                                          Decimal& decimal)
 {
     decimal = Decimal();
     decimal.negative = at != end && *at == u'-';
@@ -105,7 +110,7 @@ int CountSignificant(char16_t const* at, char16_t const* end)
     decimal.digitCount = static_cast<int>(at - digits);
     if (at != end && *at == u'.') {
         char16_t const* const fraction = at + 1;
-        char16_t const* const fractionEnd = ReadManyDigits(fraction, end, decimal.mantissa);
+        char16_t const* const fractionEnd = ReadFraction(fraction, end, decimal.mantissa);
         decimal.exponent = fraction - fractionEnd;
         decimal.digitCount += static_cast<int>(fractionEnd - fraction);
         at = fractionEnd;
@@ -130,7 +135,8 @@ struct BinaryFormat
     static_assert(Limits::is_iec559 && sizeof(Float) == sizeof(Bits));
 
     static constexpr int kMantissaBits = Limits::digits; ///< With the one that is not stored.
-    static constexpr int kMinExponent = Limits::min_exponent - kMantissaBits; ///< Of the lowest bit.
+    static constexpr int kMinExponent =
+        Limits::min_exponent - kMantissaBits; ///< Of the lowest bit.
     static constexpr std::uint64_t kInfinity =
         std::uint64_t(Limits::max_exponent - Limits::min_exponent + 2) << (kMantissaBits - 1);
 
@@ -148,6 +154,26 @@ struct BinaryFormat
 inline bool IsNearHalf(ScaledNumber const& product, std::uint64_t dropped, std::uint64_t half)
 {
     return product.low + 1 <= 1 && dropped == half - (product.low != 0);
+}
+
+/// Numbers with few digits: mantissa and power of ten are both exact, so their quotient is rounded
+/// once. Short texts are the common ones, and this is half the work of a product with its rounding.
+inline bool Divide(std::uint64_t mantissa, std::int64_t exponent, double& value)
+{
+    static_assert(FLT_EVAL_METHOD == 0, "a quotient is rounded to double at once");
+    static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                         1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    bool const isExact = mantissa >> 53 == 0 && exponent <= 0 && exponent >= -22;
+    if (isExact) {
+        value = static_cast<double>(static_cast<std::int64_t>(mantissa)) / kPowers[-exponent];
+    }
+    return isExact;
+}
+
+inline bool Divide(std::uint64_t, std::int64_t, float&)
+{
+    return false;
 }
 
 /// The nearest value to mantissa * 10^exponent; false when the cut-off product cannot tell.
@@ -243,6 +269,9 @@ Parsed<Float> Round(char16_t const* at, char16_t const* end, Decimal const& deci
     if (hasMantissa && decimal.mantissa == 0) {
         return {decimal.negative ? -value : value, true};
     }
+    if (hasMantissa && Divide(decimal.mantissa, decimal.exponent, value)) {
+        return {decimal.negative ? -value : value, true};
+    }
     if (!hasMantissa || !RoundShort(decimal.mantissa, decimal.exponent, value)) {
         bool const hasSign = *at == u'-' || *at == u'+';
         value = RoundLong<Float>(at + hasSign, end, decimal);
@@ -268,7 +297,10 @@ Parsed<Float> ReadName(char16_t const* at, char16_t const* end)
     if ((!isNan && !startsWith(u"inf")) || SkipSpace(at + 3, end) != end) {
         return {0, false};
     }
-    return {isNan ? Limits::quiet_NaN() : negative ? -Limits::infinity() : Limits::infinity(), true};
+    return {isNan      ? Limits::quiet_NaN()
+            : negative ? -Limits::infinity()
+                       : Limits::infinity(),
+            true};
 }
 
 template <class Float>

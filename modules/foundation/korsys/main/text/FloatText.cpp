@@ -13,11 +13,13 @@ namespace {
 constexpr std::int64_t kMaxLength = std::int64_t(0x7FFFFFFF) - 63;
 
 /// Writes the digits from index `from` on; outside of the known digits they are zeros.
-char16_t* WriteDigits(char16_t* out, FloatDigits const& digits, std::int64_t from, std::int64_t count)
+char16_t* WriteDigits(char16_t* out, FloatDigits const& digits, std::int64_t from,
+                      std::int64_t count)
 {
     std::int64_t const zerosBefore = std::clamp<std::int64_t>(-from, 0, count);
     from += zerosBefore;
-    std::int64_t const known = std::clamp<std::int64_t>(digits.count - from, 0, count - zerosBefore);
+    std::int64_t const known =
+        std::clamp<std::int64_t>(digits.count - from, 0, count - zerosBefore);
     out = std::fill_n(out, zerosBefore, u'0');
     out = std::copy_n(digits.units + from, known, out);
     return std::fill_n(out, count - zerosBefore - known, u'0');
@@ -67,14 +69,12 @@ void DropTrailingZeros(FloatDigits& digits)
 void Round(double magnitude, char form, std::int64_t precision, FloatDigits& digits)
 {
     digits.count = 0;
-    if (magnitude == 0) {
-        // no digits
-    } else if (form == 'e') {
-        RoundToSignificant(magnitude, precision + 1, digits);
-    } else if (form == 'g') {
-        RoundToSignificant(magnitude, precision, digits);
-    } else {
-        RoundToFraction(magnitude, precision, digits);
+    if (magnitude != 0) {
+        if (form == 'e' || form == 'g') {
+            RoundToSignificant(magnitude, precision + (form == 'e'), digits);
+        } else {
+            RoundToFraction(magnitude, precision, digits);
+        }
     }
     if (digits.count == 0) {
         digits.point = 1; // zero is written like a number of one digit
@@ -136,7 +136,8 @@ void FloatText::WriteNotFinite(double value, bool capital)
     if (negative) {
         *out++ = u'-';
     }
-    char16_t const* const name = isNumber ? (capital ? u"INF" : u"inf") : (capital ? u"NAN" : u"nan");
+    char16_t const* const name =
+        isNumber ? (capital ? u"INF" : u"inf") : (capital ? u"NAN" : u"nan");
     std::copy_n(name, 3, out);
 }
 

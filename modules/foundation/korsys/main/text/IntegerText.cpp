@@ -95,7 +95,8 @@ IntegerStart FindDigits(char16_t const* at, char16_t const* end, int base)
     }
     if (base == 0 || base == 16) {
         bool const startsWithZero = at != end && *at == u'0';
-        if (startsWithZero && end - at > 2 && (at[1] | 0x20) == u'x' && IsDigitAt(at + 2, end, 16)) {
+        if (startsWithZero && end - at > 2 && (at[1] | 0x20) == u'x' &&
+            IsDigitAt(at + 2, end, 16)) {
             return {at + 2, 16, negative};
         }
         if (base == 0) {
@@ -159,8 +160,7 @@ Magnitude ReadMagnitude(char16_t const* text, int length, int base)
         return {0, false, false};
     }
     Magnitude result{0, start.negative, false};
-    char16_t const* const stop =
-        ReadDigits(start.digits, end, start.base, result.value, result.ok);
+    char16_t const* const stop = ReadDigits(start.digits, end, start.base, result.value, result.ok);
     result.ok = result.ok && SkipSpace(stop, end) == end;
     return result;
 }

@@ -50,7 +50,8 @@ constexpr std::uint64_t NonDigitsOf(FourDigits digits)
 constexpr std::uint32_t ValueOf(FourDigits digits)
 {
     // The highest place of the product is d0 * 1000 + d1 * 100 + d2 * 10 + d3.
-    return static_cast<std::uint32_t>(digits * (1000ull << 48 | 100ull << 32 | 10u << 16 | 1u) >> 48);
+    return static_cast<std::uint32_t>(digits * (1000ull << 48 | 100ull << 32 | 10u << 16 | 1u) >>
+                                      48);
 }
 
 constexpr int kMaxShortCount = 12;

@@ -90,7 +90,7 @@ private:
     void WriteNotFinite(double value, bool capital);
     char16_t* Reserve(std::int64_t length);
 
-    char16_t* m_data = m_place;    ///< m_place or m_block.
+    char16_t* m_data = m_place; ///< m_place or m_block.
     int m_length = 0;
     char16_t m_place[kPlaceUnits]; ///< Not cleared: most of it is never used.
     std::unique_ptr<char16_t[]> m_block;

@@ -56,20 +56,20 @@ private:
 };
 
 /// 10^k and 5^k differ in their exponents only, so it is powers of five that are collected. The
-/// negative ones come from 2^959 divided again and again: dividing a cut-off quotient cuts off at the
-/// same place as dividing once, and the smallest quotient still has 165 bits.
+/// negative ones come from 2^959 divided again and again: dividing a cut-off quotient cuts off at
+/// the same place as dividing once, and the smallest quotient still has 165 bits.
 constexpr PowerTable MakePowers()
 {
     PowerTable powers{};
     LongNumber power(0);
     for (int k = 0; k <= kMaxPower; ++k) {
-        powers[k - kMinPower] = power.Top();
+        powers[PowerIndex(k)] = power.Top();
         power.MultiplyByFive();
     }
     LongNumber reciprocal(959);
     for (int k = -1; k >= kMinPower; --k) {
         reciprocal.DivideByFive();
-        powers[k - kMinPower] = reciprocal.Top();
+        powers[PowerIndex(k)] = reciprocal.Top();
     }
     return powers;
 }
@@ -78,7 +78,7 @@ constexpr PowerTable MakePowers()
 
 constexpr PowerTable kPowersOfTen = MakePowers();
 
-static_assert(kPowersOfTen[0 - kMinPower].high == std::uint64_t(1) << 63);
-static_assert(kPowersOfTen[1 - kMinPower].high == std::uint64_t(10) << 60);
+static_assert(kPowersOfTen[PowerIndex(0)].high == std::uint64_t(1) << 63);
+static_assert(kPowersOfTen[PowerIndex(1)].high == std::uint64_t(10) << 60);
 
 } // namespace NumberText

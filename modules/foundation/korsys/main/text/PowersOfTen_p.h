@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace NumberText {
@@ -26,6 +27,11 @@ struct PowerOfTen
 using PowerTable = std::array<PowerOfTen, kMaxPower - kMinPower + 1>;
 extern PowerTable const kPowersOfTen;
 
+constexpr std::size_t PowerIndex(int k)
+{
+    return static_cast<std::size_t>(k - kMinPower);
+}
+
 /// The exponent of the highest bit of 10^k.
 constexpr int BinaryExponentOfPower(int k)
 {
@@ -33,8 +39,8 @@ constexpr int BinaryExponentOfPower(int k)
 }
 
 /// A product P of a factor and 10^k as (high * 2^64 + low) * 2^exponent. The product is cut off: it
-/// is P, or less than two units of `low` below it. When `exact` is set it is less than one unit below
-/// and `rest` is zero only if nothing was cut off.
+/// is P, or less than two units of `low` below it. When `exact` is set it is less than one unit
+/// below and `rest` is zero only if nothing was cut off.
 struct ScaledNumber
 {
     std::uint64_t high;
@@ -48,7 +54,7 @@ struct ScaledNumber
 /// Requires: the highest bit of `factor` is set, k is in the range of the table.
 inline ScaledNumber ScaleByPowerOfTen(std::uint64_t factor, int k)
 {
-    PowerOfTen const& power = kPowersOfTen[k - kMinPower];
+    PowerOfTen const& power = kPowersOfTen[PowerIndex(k)];
     UInt128 const lower = UInt128(factor) * power.low;
     UInt128 const upper = UInt128(factor) * power.high + static_cast<std::uint64_t>(lower >> 64);
     return {static_cast<std::uint64_t>(upper >> 64), static_cast<std::uint64_t>(upper),

@@ -39,10 +39,8 @@ void AppendRange(TStringCore& text, char16_t const* begin, char16_t const* end)
 
 } // namespace
 
-TFormatStringCore::TFormatStringCore(TStringCore const& formatString)
-    : m_formatString(formatString)
-{
-}
+TFormatStringCore::TFormatStringCore(TStringCore const& formatString) : m_formatString(formatString)
+{}
 
 TFormatStringCore& TFormatStringCore::arg(std::vector<TStringCore> const& parameters)
 {

@@ -138,8 +138,6 @@ void TStringCore::construct(char16_t const* text, int len)
     }
 }
 
-TStringCore::TStringCore(char const* text, int len) : TStringCore(fromUtf8(text, len)) {}
-
 TStringCore::TStringCore(char16_t c, int n)
 {
     if (n > 0) {
@@ -149,14 +147,8 @@ TStringCore::TStringCore(char16_t c, int n)
 
 TStringCore::TStringCore(char c, int n) : TStringCore(unitOf(c), n) {}
 
-/// Up to 14 units go into the object, so that no short text keeps a long block alive.
 TStringCore& TStringCore::assign(TStringCore const& other)
 {
-    if (other.isLong() && other.length() <= kShortCapacity) {
-        TStringCore copy(other.constData(), other.length());
-        swap(copy);
-        return *this;
-    }
     return *this = other;
 }
 
@@ -302,18 +294,25 @@ TStringCore& TStringCore::fill(char16_t c, int n)
 
 TStringCore& TStringCore::append(TStringCore const& text)
 {
-    if (isEmpty() && !isLong()) {
+    int const n = text.length();
+    if (&text == this || n == 0 || (isEmpty() && !isLong())) {
+        return appendSpecial(text);
+    }
+    copyUnits(extend(n), text.constData(), n);
+    return *this;
+}
+
+/// What is not just copying: an empty text takes the other's block, a text may be added to itself.
+TStringCore& TStringCore::appendSpecial(TStringCore const& text)
+{
+    if (text.isEmpty()) {
+        return *this;
+    }
+    if (isEmpty()) {
         return assign(text);
     }
-    if (&text == this) {
-        TStringCore const copy(text);
-        return append(copy.constData(), copy.length());
-    }
-    int const n = text.length();
-    if (n != 0) {
-        copyUnits(extend(n), text.constData(), n);
-    }
-    return *this;
+    TStringCore const copy(text);
+    return append(copy);
 }
 
 TStringCore& TStringCore::append(char16_t const* text, int len)
@@ -589,38 +588,38 @@ int TStringCore::compareN(char16_t const* a, char16_t const* b, int n, CaseSensi
 
 namespace {
 
-TStringCore Mapped(TStringCore const& text, CaseMapping::LetterCase to)
+/// Makes `result`, an empty text, the mapped `text`.
+void MapTo(TStringCore& result, TStringCore const& text, CaseMapping::LetterCase to)
 {
     char16_t const* const from = text.constData();
     int const length = text.length();
     int const unchanged = CaseMapping::FindChange(to, from, length);
     if (unchanged == length) {
-        return text;
+        result = text;
+        return;
     }
-    TStringCore result;
     char16_t* out = result.resizeForOverwrite(length);
-    std::memcpy(out, from, BytesOf(unchanged));
-    int const done = unchanged + CaseMapping::Map(to, from + unchanged, length - unchanged,
-                                                  out + unchanged);
+    std::copy_n(from, unchanged, out);
+    int const rest = length - unchanged;
+    int const done = unchanged + CaseMapping::Map(to, from + unchanged, rest, out + unchanged);
     if (done < length) {
-        std::int64_t const rest = CaseMapping::MappedLength(to, from + done, length - done);
+        std::int64_t const more = CaseMapping::MappedLength(to, from + done, length - done);
         result.truncate(done);
-        out = result.TStringManager::resize(CheckedSum(done + rest));
+        out = result.TStringManager::resize(CheckedSum(done + more));
         CaseMapping::MapAny(to, from + done, length - done, out + done);
     }
-    return result;
 }
 
 } // namespace
 
-TStringCore TStringCore::toLower() const
+void TStringCore::becomeLower(TStringCore const& source)
 {
-    return Mapped(*this, CaseMapping::LetterCase::Lower);
+    MapTo(*this, source, CaseMapping::LetterCase::Lower);
 }
 
-TStringCore TStringCore::toUpper() const
+void TStringCore::becomeUpper(TStringCore const& source)
 {
-    return Mapped(*this, CaseMapping::LetterCase::Upper);
+    MapTo(*this, source, CaseMapping::LetterCase::Upper);
 }
 
 TStringCore& TStringCore::reverse()

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "korsys/main/text/TConstCodePointIterator.h"
+#include "korsys/main/text/THash.h"
 #include "korsys/main/text/TStringManager.h"
 
 #include <cstddef>
@@ -85,7 +86,7 @@ public:
         }
     }
 
-    TStringCore(char const* text, int len = -1);
+    TStringCore(char const* text, int len = -1) { becomeUtf8(text, len); }
     TStringCore(char16_t c, int n); ///< `n` copies of `c`; none when `n` is not positive.
     TStringCore(char c, int n);
     ~TStringCore() = default;
@@ -271,9 +272,12 @@ public:
 
     // Substring, split, join
 
-    TStringCore left(int n) const;  ///< The first `n` units; all when `n` is outside 0..length.
-    TStringCore right(int n) const; ///< The last `n` units; all when `n` is outside 0..length.
-    TStringCore mid(int pos, int n = -1) const; ///< `n` units from `pos`; -1: up to the end.
+    /// The first `n` units; all when `n` is outside 0..length.
+    TStringCore left(int n) const { return taken<TStringCore>(leftPart(n)); }
+    /// The last `n` units; all when `n` is outside 0..length.
+    TStringCore right(int n) const { return taken<TStringCore>(rightPart(n)); }
+    /// `n` units from `pos`; -1: up to the end.
+    TStringCore mid(int pos, int n = -1) const { return taken<TStringCore>(midPart(pos, n)); }
 
     /// Fields `start` to `end` of a text that `sep` separates into fields; negative numbers count
     /// from the last field, which is -1.
@@ -325,7 +329,7 @@ public:
     TStringCore& trimRight(char16_t c);
     TStringCore& trimRight(char16_t const* set);
     TStringCore& trimRight(TStringCore const& set);
-    TStringCore trimmed() const;
+    TStringCore trimmed() const { return taken<TStringCore>(trimmedPart()); }
 
     /// At least `width` units, `fill` added on the right (left-justified) or on the left. A longer
     /// text stays, or is cut to its first `width` units when `truncate` is set.
@@ -335,8 +339,8 @@ public:
     TStringCore& reverse(); ///< Turns the order of the code points around.
     TStringCore reversed() const;
 
-    TStringCore toLower() const;
-    TStringCore toUpper() const;
+    TStringCore toLower() const { return made<TStringCore>(&TStringCore::becomeLower, *this); }
+    TStringCore toUpper() const { return made<TStringCore>(&TStringCore::becomeUpper, *this); }
 
     // Line endings and byte-order mark
 
@@ -348,27 +352,79 @@ public:
     TStringCore& removeBOM();
     TStringCore& prependBOM(); ///< Adds U+FEFF unless it is there.
 
-    // Numbers. Bases are 2 to 64 with the digits 0-9a-zA-Z-_, of which bases up to 36 use lower
+    // Numbers: `setNum` replaces the text. Bases are 2 to 64 with the digits 0-9a-zA-Z-_, of which bases up to 36 use lower
     // case. A positive field width pads on the left, a negative one on the right.
     // Throws: `StringException` with id AutoGen_0x30E31408 for another base.
 
-    static TStringCore number(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
-    static TStringCore number(unsigned short v, int base = 10, int fieldWidth = 0,
-                              char16_t fill = u' ');
-    static TStringCore number(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
-    static TStringCore number(unsigned int v, int base = 10, int fieldWidth = 0,
-                              char16_t fill = u' ');
-    static TStringCore number(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
-    static TStringCore number(unsigned long v, int base = 10, int fieldWidth = 0,
-                              char16_t fill = u' ');
-    static TStringCore number(long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
-    static TStringCore number(unsigned long long v, int base = 10, int fieldWidth = 0,
-                              char16_t fill = u' ');
+    TStringCore& setNum(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
+    TStringCore& setNum(unsigned short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
+    TStringCore& setNum(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
+    TStringCore& setNum(unsigned int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
+    TStringCore& setNum(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
+    TStringCore& setNum(unsigned long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
+    TStringCore& setNum(long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
+    TStringCore& setNum(unsigned long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
 
     /// Formats e, E, f, g and G (any other acts as f); a negative precision is 6. Exact ties round
     /// away from zero. `trimZeros` drops the zeros that end the fraction.
+    TStringCore& setNum(double v, char format = 'g', int precision = 6, bool trimZeros = false);
+
+    /// A text that `setNum` with the same arguments has made.
+    static TStringCore number(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TStringCore result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TStringCore number(unsigned short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TStringCore result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TStringCore number(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TStringCore result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TStringCore number(unsigned int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TStringCore result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TStringCore number(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TStringCore result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TStringCore number(unsigned long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TStringCore result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TStringCore number(long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TStringCore result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
+    static TStringCore number(unsigned long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        TStringCore result;
+        result.setNum(v, base, fieldWidth, fill);
+        return result;
+    }
     static TStringCore number(double v, char format = 'g', int precision = 6,
-                              bool trimZeros = false);
+                              bool trimZeros = false)
+    {
+        TStringCore result;
+        result.setNum(v, format, precision, trimZeros);
+        return result;
+    }
 
     // Parsers: white space around the number is skipped, anything else left over is a failure.
     // `ok` (may be null) tells success; on failure the result is 0, or an infinity for a number
@@ -398,7 +454,7 @@ public:
     // Encodings. Ill-formed input gives U+FFFD, an unpaired surrogate gives U+FFFD on the way out.
     // A byte-order mark is never dropped. `len` counts bytes (or units of the type); -1: to the zero.
 
-    static TStringCore fromUtf8(char const* text, int len = -1);
+    static TStringCore fromUtf8(char const* text, int len = -1) { return TStringCore(text, len); }
     static TStringCore fromUtf16(char16_t const* text, int len = -1);
     static TStringCore fromUtf32(char32_t const* text, int len = -1);
     static TStringCore fromLatin1(char const* text, int len = -1);
@@ -425,13 +481,53 @@ public:
     std::vector<wchar_t> toWCharVector() const; ///< Ends with a zero.
 
 protected:
+    struct Part
+    {
+        int from;
+        int length;
+    };
+
+    Part leftPart(int n) const noexcept
+    {
+        return {0, n < 0 || n >= length() ? length() : n};
+    }
+    Part rightPart(int n) const noexcept
+    {
+        Part const part = leftPart(n);
+        return {length() - part.length, part.length};
+    }
+    Part midPart(int pos, int n) const noexcept;
+    Part trimmedPart() const noexcept;
+
+    /// The part as a text, which shares the block when it is the whole.
+    template <class Text>
+    Text taken(Part part) const
+    {
+        return part.length == length() ? Text(*this) : Text(constData() + part.from, part.length);
+    }
+
+    // These fill a new text in place, of this class or of one derived from it: a text that is made
+    // and at once moved on would be read before its parts have reached memory.
+    void becomeLower(TStringCore const& source);
+    void becomeUpper(TStringCore const& source);
+    void becomeUtf8(char const* text, int len);
+
+    template <class Text, class... Parameters, class... Arguments>
+    static Text made(void (TStringCore::*become)(Parameters...), Arguments const&... arguments)
+    {
+        Text text;
+        (text.*become)(arguments...);
+        return text;
+    }
+
     static char16_t unitOf(char c) noexcept { return static_cast<unsigned char>(c); }
 
 private:
     void construct(char16_t const* text, int len);
+    TStringCore& appendSpecial(TStringCore const& text);
     TStringCore& keep(int from, int n);
     char16_t* splice(int pos, int removed, int inserted);
-    static TStringCore decodeUtf8(char const* text, std::size_t n);
+    void decodeUtf8(char const* text, std::size_t n);
 };
 
 inline TStringCore::SectionFlags operator|(TStringCore::SectionFlags a, TStringCore::SectionFlags b)
@@ -460,5 +556,8 @@ KORSYS_EXPORT std::ostream& operator<<(std::ostream& out, TStringCore const& tex
 template <>
 struct std::hash<TStringCore>
 {
-    KORSYS_EXPORT std::size_t operator()(TStringCore const& text) const noexcept;
+    std::size_t operator()(TStringCore const& text) const noexcept
+    {
+        return THash32(text.constData(), text.lengthInBytes(), 0xDEADBEEF);
+    }
 };

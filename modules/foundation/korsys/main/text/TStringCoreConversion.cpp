@@ -3,7 +3,6 @@
 #include "korsys/main/text/NumberText_p.h"
 #include "korsys/main/text/TStringCore.h"
 #include "korsys/main/text/TextConversion_p.h"
-#include "korsys/main/text/THash.h"
 #include "korsys/main/text/TStringErrors_p.h"
 
 #include <algorithm>
@@ -15,8 +14,6 @@ using TStringErrors::CheckedSum;
 
 namespace {
 
-constexpr std::uint32_t kHashSeed = 0xDEADBEEF;
-
 void CheckBase(int base)
 {
     if (!NumberText::IsBase(base)) {
@@ -24,31 +21,25 @@ void CheckBase(int base)
     }
 }
 
-TStringCore InField(char16_t const* number, int length, int base, int fieldWidth, char16_t fill)
+void SetField(TStringCore& text, char16_t const* number, int length, int base, int fieldWidth,
+              char16_t fill)
 {
-    TStringCore result;
     int const total = CheckedSum(NumberText::FieldLength(length, fieldWidth));
-    NumberText::WriteField(result.resizeForOverwrite(total), number, length, base, fieldWidth,
-                           fill);
-    return result;
+    NumberText::WriteField(text.resizeForOverwrite(total), number, length, base, fieldWidth, fill);
 }
 
-TStringCore SignedNumber(std::int64_t v, int base, int fieldWidth, char16_t fill)
+void SetSigned(TStringCore& text, std::int64_t v, int base, int fieldWidth, char16_t fill)
 {
     CheckBase(base);
     char16_t units[NumberText::kMaxIntegerUnits];
-    int const length = NumberText::WriteSigned(units, v, base);
-    return fieldWidth == 0 ? TStringCore(units, length)
-                           : InField(units, length, base, fieldWidth, fill);
+    SetField(text, units, NumberText::WriteSigned(units, v, base), base, fieldWidth, fill);
 }
 
-TStringCore UnsignedNumber(std::uint64_t v, int base, int fieldWidth, char16_t fill)
+void SetUnsigned(TStringCore& text, std::uint64_t v, int base, int fieldWidth, char16_t fill)
 {
     CheckBase(base);
     char16_t units[NumberText::kMaxIntegerUnits];
-    int const length = NumberText::WriteUnsigned(units, v, base);
-    return fieldWidth == 0 ? TStringCore(units, length)
-                           : InField(units, length, base, fieldWidth, fill);
+    SetField(text, units, NumberText::WriteUnsigned(units, v, base), base, fieldWidth, fill);
 }
 
 template <class Number>
@@ -111,61 +102,68 @@ bool HasUnpairedSurrogate(TStringCore const& text)
 
 // Numbers
 
-TStringCore TStringCore::number(int v, int base, int fieldWidth, char16_t fill)
+TStringCore& TStringCore::setNum(int v, int base, int fieldWidth, char16_t fill)
 {
     static_assert(NumberText::kMaxDecimal32Units <= kShortCapacity);
     if (base == 10 && fieldWidth == 0) {
-        TStringCore result;
-        result.setShortLength(NumberText::WriteDecimal(result.shortUnits(), std::int32_t(v)));
-        return result;
+        clear();
+        setShortLength(NumberText::WriteDecimal(shortUnits(), std::int32_t(v)));
+    } else {
+        SetSigned(*this, v, base, fieldWidth, fill);
     }
-    return SignedNumber(v, base, fieldWidth, fill);
+    return *this;
 }
 
-TStringCore TStringCore::number(unsigned int v, int base, int fieldWidth, char16_t fill)
+TStringCore& TStringCore::setNum(unsigned int v, int base, int fieldWidth, char16_t fill)
 {
     if (base == 10 && fieldWidth == 0) {
-        TStringCore result;
-        result.setShortLength(NumberText::WriteDecimal(result.shortUnits(), std::uint32_t(v)));
-        return result;
+        clear();
+        setShortLength(NumberText::WriteDecimal(shortUnits(), std::uint32_t(v)));
+    } else {
+        SetUnsigned(*this, v, base, fieldWidth, fill);
     }
-    return UnsignedNumber(v, base, fieldWidth, fill);
+    return *this;
 }
 
-TStringCore TStringCore::number(short v, int base, int fieldWidth, char16_t fill)
+TStringCore& TStringCore::setNum(short v, int base, int fieldWidth, char16_t fill)
 {
-    return number(int(v), base, fieldWidth, fill);
+    return setNum(int(v), base, fieldWidth, fill);
 }
 
-TStringCore TStringCore::number(unsigned short v, int base, int fieldWidth, char16_t fill)
+TStringCore& TStringCore::setNum(unsigned short v, int base, int fieldWidth, char16_t fill)
 {
-    return number(static_cast<unsigned int>(v), base, fieldWidth, fill);
+    return setNum(static_cast<unsigned int>(v), base, fieldWidth, fill);
 }
 
-TStringCore TStringCore::number(long v, int base, int fieldWidth, char16_t fill)
+TStringCore& TStringCore::setNum(long v, int base, int fieldWidth, char16_t fill)
 {
-    return SignedNumber(v, base, fieldWidth, fill);
+    SetSigned(*this, v, base, fieldWidth, fill);
+    return *this;
 }
 
-TStringCore TStringCore::number(unsigned long v, int base, int fieldWidth, char16_t fill)
+TStringCore& TStringCore::setNum(unsigned long v, int base, int fieldWidth, char16_t fill)
 {
-    return UnsignedNumber(v, base, fieldWidth, fill);
+    SetUnsigned(*this, v, base, fieldWidth, fill);
+    return *this;
 }
 
-TStringCore TStringCore::number(long long v, int base, int fieldWidth, char16_t fill)
+TStringCore& TStringCore::setNum(long long v, int base, int fieldWidth, char16_t fill)
 {
-    return SignedNumber(v, base, fieldWidth, fill);
+    SetSigned(*this, v, base, fieldWidth, fill);
+    return *this;
 }
 
-TStringCore TStringCore::number(unsigned long long v, int base, int fieldWidth, char16_t fill)
+TStringCore& TStringCore::setNum(unsigned long long v, int base, int fieldWidth, char16_t fill)
 {
-    return UnsignedNumber(v, base, fieldWidth, fill);
+    SetUnsigned(*this, v, base, fieldWidth, fill);
+    return *this;
 }
 
-TStringCore TStringCore::number(double v, char format, int precision, bool trimZeros)
+TStringCore& TStringCore::setNum(double v, char format, int precision, bool trimZeros)
 {
     NumberText::FloatText const text(v, format, precision, trimZeros);
-    return TStringCore(text.Data(), text.Length());
+    copyUnits(resizeForOverwrite(text.Length()), text.Data(), text.Length());
+    return *this;
 }
 
 short TStringCore::toShort(bool* ok, int base) const
@@ -246,18 +244,16 @@ TStringCore TStringCore::pointer(void const* address, bool prefix, bool padded)
 
 // Encodings
 
-TStringCore TStringCore::decodeUtf8(char const* text, std::size_t n)
+void TStringCore::decodeUtf8(char const* text, std::size_t n)
 {
-    TStringCore result;
-    TextConversion::Utf8ToUtf16(text, n, [&](std::size_t units) {
-        return result.resizeForOverwrite(CheckedSum(static_cast<std::int64_t>(units)));
+    TextConversion::Utf8ToUtf16(text, n, [this](std::size_t units) {
+        return resizeForOverwrite(CheckedSum(static_cast<std::int64_t>(units)));
     });
-    return result;
 }
 
-TStringCore TStringCore::fromUtf8(char const* text, int len)
+void TStringCore::becomeUtf8(char const* text, int len)
 {
-    return decodeUtf8(text, static_cast<std::size_t>(CheckedByteLength(text, len)));
+    decodeUtf8(text, static_cast<std::size_t>(CheckedByteLength(text, len)));
 }
 
 TStringCore TStringCore::fromUtf16(char16_t const* text, int len)
@@ -295,7 +291,9 @@ TStringCore TStringCore::fromWChar(wchar_t const* text, int len)
 
 TStringCore TStringCore::fromStdString(std::string const& text)
 {
-    return decodeUtf8(text.data(), text.size());
+    TStringCore result;
+    result.decodeUtf8(text.data(), text.size());
+    return result;
 }
 
 TStringCore TStringCore::fromStdU16String(std::u16string const& text)
@@ -379,9 +377,4 @@ std::vector<wchar_t> TStringCore::toWCharVector() const
 std::ostream& operator<<(std::ostream& out, TStringCore const& text)
 {
     return out << text.toStdString();
-}
-
-std::size_t std::hash<TStringCore>::operator()(TStringCore const& text) const noexcept
-{
-    return THash32(text.constData(), text.lengthInBytes(), kHashSeed);
 }

@@ -306,25 +306,12 @@ TStringCore TStringCore::spanExcluding(TStringCore const& set) const
 
 // Substring, split, join
 
-TStringCore TStringCore::left(int n) const
+TStringCore::Part TStringCore::midPart(int pos, int n) const noexcept
 {
-    return n < 0 || n >= length() ? *this : TStringCore(constData(), n);
-}
-
-TStringCore TStringCore::right(int n) const
-{
-    return n < 0 || n >= length() ? *this : TStringCore(cend() - n, n);
-}
-
-TStringCore TStringCore::mid(int pos, int n) const
-{
-    std::int64_t const wantedEnd = static_cast<std::int64_t>(pos) + n;
-    int const end = n < 0 ? length() : static_cast<int>(std::min<std::int64_t>(wantedEnd, length()));
+    std::int64_t const wantedEnd = n < 0 ? length() : static_cast<std::int64_t>(pos) + n;
+    int const end = static_cast<int>(std::min<std::int64_t>(wantedEnd, length()));
     int const begin = std::max(pos, 0);
-    if (begin >= end) {
-        return TStringCore();
-    }
-    return begin == 0 && end == length() ? *this : TStringCore(constData() + begin, end - begin);
+    return begin < end ? Part{begin, end - begin} : Part{0, 0};
 }
 
 TStringCore TStringCore::section(char16_t sep, int start, int end, SectionFlags flags) const
@@ -567,10 +554,10 @@ TStringCore& TStringCore::trimRight(TStringCore const& set)
     return keep(0, EndWithoutSet(*this, set));
 }
 
-TStringCore TStringCore::trimmed() const
+TStringCore::Part TStringCore::trimmedPart() const noexcept
 {
     int const from = WhiteSpaceBefore(*this);
-    return mid(from, EndWithoutWhiteSpace(*this, from) - from);
+    return {from, EndWithoutWhiteSpace(*this, from) - from};
 }
 
 TStringCore TStringCore::leftJustified(int width, char16_t fill, bool truncate) const

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kBlockGranularity = 16; // allocators round up to this much anyway
 
 // A text that grows out of its object is likely to grow on.
-constexpr int kFirstBlockUnits = 39;
+constexpr int kFirstBlockUnits = 55; // 128 bytes
 
 std::size_t BlockBytes(std::int64_t capacity)
 {
@@ -33,21 +33,39 @@ std::int64_t GrownCapacity(std::int64_t oldCapacity, std::int64_t wanted)
     return std::min<std::int64_t>(std::max(grown, wanted), TStringManager::kMaxLength);
 }
 
+std::int32_t CapacityOf(std::size_t bytes)
+{
+    std::size_t const units = (bytes - sizeof(TLongStringHeader)) / sizeof(char16_t) - 1;
+    return static_cast<std::int32_t>(std::min(units, std::size_t(TStringManager::kMaxLength)));
+}
+
+void* CheckedMemory(void* memory)
+{
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
 } // namespace
 
 TLongStringHeader* TLongStringHeader::create(std::int64_t capacity)
 {
     std::size_t const bytes = BlockBytes(capacity);
-    void* const memory = std::malloc(bytes);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    auto* const header = new (memory) TLongStringHeader;
+    auto* const header = new (CheckedMemory(std::malloc(bytes))) TLongStringHeader;
     header->references.store(1, std::memory_order_relaxed);
-    std::size_t const units = (bytes - sizeof(TLongStringHeader)) / sizeof(char16_t) - 1;
-    header->capacity = static_cast<std::int32_t>(
-        std::min<std::size_t>(units, static_cast<std::size_t>(TStringManager::kMaxLength)));
+    header->capacity = CapacityOf(bytes);
     return header;
+}
+
+TLongStringHeader* TLongStringHeader::resized(TLongStringHeader* header, std::int64_t capacity)
+{
+    // An atomic number may be moved like a plain one while nobody else knows of it.
+    std::size_t const bytes = BlockBytes(capacity);
+    void* const memory = CheckedMemory(std::realloc(static_cast<void*>(header), bytes));
+    auto* const moved = static_cast<TLongStringHeader*>(memory);
+    moved->capacity = CapacityOf(bytes);
+    return moved;
 }
 
 void TLongStringHeader::destroy(TLongStringHeader* header) noexcept
@@ -58,14 +76,18 @@ void TLongStringHeader::destroy(TLongStringHeader* header) noexcept
 /// Continues on a block of its own with the first `keptUnits` units, the length set to them.
 void TStringManager::moveToBlock(std::int64_t capacity, int keptUnits)
 {
+    if (isLong() && !isShared()) {
+        setHeader(TLongStringHeader::resized(header(), capacity));
+        setLongLength(header(), keptUnits);
+        return;
+    }
     TLongStringHeader* const block = TLongStringHeader::create(capacity);
     std::memcpy(block->text(), constData(), static_cast<std::size_t>(keptUnits) * sizeof(char16_t));
-    block->text()[keptUnits] = 0;
-    block->length = keptUnits;
     if (isLong()) {
         header()->release();
     }
     setHeader(block);
+    setLongLength(block, keptUnits);
 }
 
 void TStringManager::detach()
@@ -79,10 +101,7 @@ char16_t* TStringManager::setLength(int n) noexcept
         setShortLength(n);
         return m_units;
     }
-    TLongStringHeader* const block = header();
-    block->length = n;
-    block->text()[n] = 0;
-    return block->text();
+    return setLongLength(header(), n);
 }
 
 char16_t* TStringManager::resize(int n)

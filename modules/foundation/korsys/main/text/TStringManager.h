@@ -39,18 +39,21 @@ struct alignas(16) TLongStringHeader
     /// Throws: `std::bad_alloc`.
     KORSYS_EXPORT static TLongStringHeader* create(std::int64_t capacity);
 
+    /// The block with room for at least `capacity` units, perhaps elsewhere in memory.
+    /// Requires: one owner, who drops the old pointer. Throws: `std::bad_alloc`; nothing changed.
+    KORSYS_EXPORT static TLongStringHeader* resized(TLongStringHeader* header, std::int64_t capacity);
+
 private:
     KORSYS_EXPORT static void destroy(TLongStringHeader* header) noexcept;
-
-    friend class TStringManager;
 };
 
 /// Holds the units of a text. A text of up to 14 units lies in the object; a longer one lies in a
 /// heap block that copies share until one of them changes.
 ///
 /// The last of the sixteen units tells the two forms apart: it is the length (0 to 14) in the
-/// short form, and negative when read as a signed number in the long form. Shrinking a long text
-/// keeps its block, so a short text may be in either form.
+/// short form, and negative when read as a signed number in the long form, which begins with a
+/// pointer to the block. Shrinking a long text keeps its block, so a short text may be in either
+/// form.
 ///
 /// Thread safety: one object may be read from several threads; a write needs it alone. Objects
 /// that share a block count as different objects.
@@ -62,13 +65,7 @@ public:
 
     TStringManager() noexcept { makeEmpty(); }
 
-    TStringManager(TStringManager const& other) noexcept
-    {
-        std::memcpy(m_units, other.m_units, sizeof(m_units));
-        if (isLong()) {
-            header()->addReference();
-        }
-    }
+    TStringManager(TStringManager const& other) noexcept { share(other); }
 
     TStringManager(TStringManager&& other) noexcept
     {
@@ -83,9 +80,15 @@ public:
         }
     }
 
+    /// Takes up to 14 units into the object, so that no short text keeps a long block alive.
     TStringManager& operator=(TStringManager const& other) noexcept
     {
-        TStringManager copy(other);
+        TStringManager copy;
+        if (other.isLong() && other.length() <= kShortCapacity) {
+            copy.assignShort(other.constData(), other.length());
+        } else {
+            copy.share(other);
+        }
         swap(copy);
         return *this;
     }
@@ -106,7 +109,7 @@ public:
         std::memcpy(other.m_units, units, sizeof(m_units));
     }
 
-    int length() const noexcept { return isLong() ? header()->length : m_units[kFormUnit]; }
+    int length() const noexcept { return isLong() ? longLength() : m_units[kFormUnit]; }
 
     /// The units, with a zero after the last. Valid until the object changes or dies.
     char16_t const* constData() const noexcept { return isLong() ? header()->text() : m_units; }
@@ -140,11 +143,9 @@ public:
     {
         if (isLong()) {
             TLongStringHeader* const block = header();
-            if (n <= block->capacity - block->length && !block->isShared()) {
-                char16_t* const end = block->text() + block->length;
-                block->length += n;
-                end[n] = 0;
-                return end;
+            int const oldLength = longLength();
+            if (n <= block->capacity - oldLength && !block->isShared()) {
+                return setLongLength(block, oldLength + n) + oldLength;
             }
         } else {
             int const oldLength = m_units[kFormUnit];
@@ -213,6 +214,7 @@ protected:
 private:
     static constexpr int kUnits = 16;
     static constexpr int kFormUnit = kUnits - 1;
+    static constexpr int kLongLengthUnit = sizeof(void*) / sizeof(char16_t);
     static constexpr int kFewUnits = 16;
     static constexpr char16_t kLongForm = 0xFFFF;
 
@@ -230,6 +232,24 @@ private:
     {
         std::memcpy(m_units, &block, sizeof(block));
         m_units[kFormUnit] = kLongForm;
+    }
+
+    /// The length in the header, which the long form repeats behind the pointer: asking for it then
+    /// costs no look into the block.
+    int longLength() const noexcept
+    {
+        std::int32_t n;
+        std::memcpy(&n, m_units + kLongLengthUnit, sizeof(n));
+        return n;
+    }
+
+    char16_t* setLongLength(TLongStringHeader* block, std::int32_t n) noexcept
+    {
+        std::memcpy(m_units + kLongLengthUnit, &n, sizeof(n));
+        block->length = n;
+        char16_t* const units = block->text();
+        units[n] = 0;
+        return units;
     }
 
     /// The same pointer, its origin hidden: a compiler that sees a short literal here warns of the
@@ -269,6 +289,15 @@ private:
         std::memcpy(&last, from + tail, bytes);
         std::memcpy(to, &first, bytes);
         std::memcpy(to + tail, &last, bytes);
+    }
+
+    /// Becomes a copy of `other`; what the object held before is not released.
+    void share(TStringManager const& other) noexcept
+    {
+        std::memcpy(m_units, other.m_units, sizeof(m_units));
+        if (isLong()) {
+            header()->addReference();
+        }
     }
 
     void detach();

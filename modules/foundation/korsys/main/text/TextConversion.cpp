@@ -3,6 +3,7 @@
 #include "korsys/main/text/TextConversionKernels_p.h"
 #include "korsys/main/text/TextConversionScalar_p.h"
 
+#include <algorithm>
 #include <array>
 
 namespace TextConversion {
@@ -11,10 +12,14 @@ namespace {
 
 /// What is encoded at a time on its way into a `std::string`, which cannot grow without filling
 /// its new bytes first: the bytes of a piece are still in the nearest cache when they are copied.
-constexpr std::size_t kPieceUnits = 16384;
+constexpr std::size_t kPieceUnits = 2048;
+constexpr std::size_t kAsciiPieceUnits = 1024; ///< The same, where the string is filled in place.
 
 /// With some room that lets the encoder work in whole blocks up to the end.
 constexpr std::size_t kPieceBytes = 3 * kPieceUnits + 128;
+
+/// Text of fewer bytes stays in the caches, where to count its units costs next to nothing.
+constexpr std::size_t kLeastSampled = 64 * 1024;
 
 constexpr char16_t Latin9Unit(unsigned byte)
 {
@@ -79,6 +84,36 @@ std::size_t PieceOf(char16_t const* from, std::size_t n)
     return IsHighSurrogate(from[kPieceUnits - 1]) ? kPieceUnits - 1 : kPieceUnits;
 }
 
+/// The pieces at the start of the text that are ASCII. They take no count of the whole text before,
+/// which would mean to read it twice: all of it may be ASCII.
+std::string EncodeAsciiStart(Kernels const& kernels, char16_t const* from, std::size_t n)
+{
+    std::string ascii;
+    if (!kernels.isAsciiUnits(from, std::min(n, kAsciiPieceUnits))) {
+        return ascii;
+    }
+    ascii.reserve(n);
+    while (ascii.size() != n) {
+        std::size_t const done = ascii.size();
+        std::size_t const piece = std::min(n - done, kAsciiPieceUnits);
+        ascii.resize(done + piece);
+        if (!kernels.encodeAscii(from + done, piece, &ascii[done])) {
+            ascii.resize(done);
+            break;
+        }
+    }
+    return ascii;
+}
+
+/// Makes room for `more` bytes and no others; `reserve` alone may double the memory of a text.
+void GrowExactly(std::string& text, std::size_t more)
+{
+    std::string grown;
+    grown.reserve(text.size() + more);
+    grown += text;
+    text.swap(grown);
+}
+
 } // namespace
 
 std::size_t CountUtf16IfWellFormed(char const* from, std::size_t n)
@@ -107,6 +142,37 @@ void DecodeUtf8(char const* from, std::size_t n, char16_t* to)
     }
 }
 
+bool SeemsAscii(char const* from, std::size_t n)
+{
+    constexpr std::size_t kSamples = 64;
+    constexpr std::size_t kSampleBytes = 64;
+    if (n < kLeastSampled) {
+        return false;
+    }
+    Kernels const& kernels = BestKernels();
+    std::size_t const step = (n - kSampleBytes) / (kSamples - 1);
+    for (std::size_t i = 0; i < kSamples; ++i) {
+        if (!kernels.isAsciiBytes(from + i * step, kSampleBytes)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::size_t DecodeAsciiStart(char const* from, std::size_t n, char16_t* to)
+{
+    Kernels const& kernels = BestKernels();
+    std::size_t done = 0;
+    while (done != n) {
+        std::size_t const piece = std::min(n - done, kPieceUnits);
+        if (!kernels.decodeAscii(from + done, piece, to + done)) {
+            break;
+        }
+        done += piece;
+    }
+    return done;
+}
+
 std::size_t CountUtf8(char16_t const* from, std::size_t n)
 {
     return BestKernels().countUtf8(from, n);
@@ -119,36 +185,25 @@ void EncodeUtf8(char16_t const* from, std::size_t n, char* to, std::size_t bytes
 
 std::string ToUtf8(char16_t const* from, std::size_t n)
 {
-    if (n <= kPieceUnits) {
-        char buffer[kPieceBytes];
-        return std::string(buffer, BestKernels().encodeUtf8(from, n, buffer, kPieceBytes));
-    }
-    std::string utf8;
-    AppendUtf8(utf8, from, n);
-    return utf8;
-}
-
-void AppendUtf8(std::string& to, char16_t const* from, std::size_t n)
-{
     Kernels const& kernels = BestKernels();
     char buffer[kPieceBytes];
-    // As long as all is ASCII, the bytes that are left are as many as the units. Only what follows
-    // is counted, so that ASCII is read once.
-    bool isCounted = false;
-    if (n > kPieceUnits) {
-        to.reserve(to.size() + n);
+    if (n <= kPieceUnits) {
+        return std::string(buffer, kernels.encodeUtf8(from, n, buffer, kPieceBytes));
     }
+    std::string utf8 = EncodeAsciiStart(kernels, from, n);
+    if (utf8.size() == n) {
+        return utf8;
+    }
+    from += utf8.size();
+    n -= utf8.size();
+    GrowExactly(utf8, kernels.countUtf8(from, n));
     while (n != 0) {
         std::size_t const piece = PieceOf(from, n);
-        std::size_t const bytes = kernels.encodeUtf8(from, piece, buffer, kPieceBytes);
-        if (bytes != piece && n > kPieceUnits && !isCounted) {
-            to.reserve(to.size() + kernels.countUtf8(from, n));
-            isCounted = true;
-        }
-        to.append(buffer, bytes);
+        utf8.append(buffer, kernels.encodeUtf8(from, piece, buffer, kPieceBytes));
         from += piece;
         n -= piece;
     }
+    return utf8;
 }
 
 std::size_t CountUtf16(char32_t const* from, std::size_t n)

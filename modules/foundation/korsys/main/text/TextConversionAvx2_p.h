@@ -19,6 +19,7 @@ namespace TextConversion {
 
 KOR_AVX2 std::size_t CountUtf16Avx2(char const* from, std::size_t n);
 KOR_AVX2 bool DecodeUtf8Avx2(char const* from, std::size_t n, char16_t* to, std::size_t units);
+KOR_AVX2 bool DecodeAsciiAvx2(char const* from, std::size_t n, char16_t* to);
 KOR_AVX2 std::size_t CountUtf8Avx2(char16_t const* from, std::size_t n);
 KOR_AVX2 std::size_t EncodeUtf8Avx2(char16_t const* from, std::size_t n, char* to,
                                     std::size_t room);
@@ -65,8 +66,8 @@ KOR_AVX2_INLINE __m256i LoadTwoHalves(void const* low, void const* high)
 /// Each byte's place in the register.
 KOR_AVX2_INLINE __m256i Places()
 {
-    return _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
-                            22, 23, 24, 25, 26, 27, 28, 29, 30, 31);
+    return _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19,
+                            20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31);
 }
 
 /// The low bytes of 32 units in their order. Requires: no unit is above FF.

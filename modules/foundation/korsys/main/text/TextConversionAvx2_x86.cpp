@@ -53,6 +53,20 @@ KOR_AVX2 bool Utf16ToLatin1Avx2(char16_t const* from, std::size_t n, char* to)
     return fitted;
 }
 
+KOR_AVX2 bool EncodeAsciiAvx2(char16_t const* from, std::size_t n, char* to)
+{
+    __m256i seen = _mm256_setzero_si256();
+    std::size_t i = 0;
+    for (; n - i >= kBlock; i += kBlock) {
+        __m256i const first = Load(from + i);
+        __m256i const second = Load(from + i + kBlockUnits);
+        seen = _mm256_or_si256(seen, _mm256_or_si256(first, second));
+        Store(to + i, PackBytes(first, second));
+    }
+    return _mm256_testz_si256(seen, Units(0xFF80)) != 0 &&
+           kSse2Kernels.encodeAscii(from + i, n - i, to + i);
+}
+
 KOR_AVX2 bool IsAsciiAvx2(char const* text, std::size_t n)
 {
     if (n < kBlock) {
@@ -94,9 +108,9 @@ KOR_AVX2 std::size_t CountPairsAvx2(char16_t const* from, std::size_t n)
 } // namespace
 
 Kernels const kAvx2Kernels = {
-    "AVX2",         CountUtf16Avx2,    DecodeUtf8Avx2,    CountUtf8Avx2,
-    EncodeUtf8Avx2, CountPairsAvx2,    Latin1ToUtf16Avx2, Utf16ToLatin1Avx2,
-    IsAsciiAvx2,    IsAsciiAvx2,       LengthSse2,
+    "AVX2",         CountUtf16Avx2,  DecodeUtf8Avx2, DecodeAsciiAvx2,   CountUtf8Avx2,
+    EncodeUtf8Avx2, EncodeAsciiAvx2, CountPairsAvx2, Latin1ToUtf16Avx2, Utf16ToLatin1Avx2,
+    IsAsciiAvx2,    IsAsciiAvx2,     LengthSse2,
 };
 
 } // namespace TextConversion

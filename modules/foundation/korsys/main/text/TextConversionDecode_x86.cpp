@@ -24,7 +24,8 @@ constexpr unsigned kOverlong2 = 1U << 2;
 constexpr unsigned kOverlong3 = 1U << 3;
 constexpr unsigned kSurrogate = 1U << 4;
 constexpr unsigned kAboveRange = 1U << 5;
-constexpr unsigned kOverlong4OrFarAbove = 1U << 6; ///< Told apart by the low half of the first byte.
+constexpr unsigned kOverlong4OrFarAbove = 1U
+                                          << 6; ///< Told apart by the low half of the first byte.
 constexpr unsigned kTwoTrailing = 1U << 7;
 
 struct PairRule
@@ -126,9 +127,8 @@ KOR_AVX2_INLINE __m256i AtLeast(__m256i bytes, int least)
 KOR_AVX2_INLINE bool IsWellFormed(ByteBlock const& block)
 {
     __m256i const kinds = _mm256_and_si256(
-        _mm256_and_si256(
-            LookUp(kPairTables.firstHigh, Halves(_mm256_srli_epi16(block.before1, 4))),
-            LookUp(kPairTables.firstLow, Halves(block.before1))),
+        _mm256_and_si256(LookUp(kPairTables.firstHigh, Halves(_mm256_srli_epi16(block.before1, 4))),
+                         LookUp(kPairTables.firstLow, Halves(block.before1))),
         LookUp(kPairTables.secondHigh, Halves(_mm256_srli_epi16(block.byte, 4))));
     __m256i const thirdOrFourth =
         _mm256_or_si256(AtLeast(block.before2, 0xE0), AtLeast(block.before3, 0xF0));
@@ -152,9 +152,8 @@ KOR_AVX2_INLINE UnitBlock MakeUnits(ByteBlock const& block, __m256i after)
     __m256i const isTrailingBefore = _mm256_cmpgt_epi8(Bytes(-64), block.before1);
     // byte: 10cccccc or 0ccccccc; before1: 10bbbbbb or 110bbbbb; before2: 1110aaaa.
     __m256i const top = _mm256_and_si256(isAbove7F, Bytes(0xC0));
-    __m256i const low =
-        _mm256_or_si256(_mm256_andnot_si256(top, block.byte),
-                        _mm256_and_si256(top, _mm256_slli_epi16(block.before1, 6)));
+    __m256i const low = _mm256_or_si256(_mm256_andnot_si256(top, block.byte),
+                                        _mm256_and_si256(top, _mm256_slli_epi16(block.before1, 6)));
     __m256i const middle = Halves(_mm256_srli_epi16(block.before1, 2));
     __m256i const upper =
         _mm256_and_si256(isTrailingBefore, _mm256_slli_epi16(Halves(block.before2), 4));
@@ -203,7 +202,8 @@ KOR_AVX2_INLINE std::size_t StoreKept(UnitBlock const& units, char16_t* to)
     return static_cast<std::size_t>(_mm_popcnt_u32(keep));
 }
 
-/// Converts 32 bytes and returns the end of their units, null for ill-formed bytes; touches 32 units.
+/// Converts 32 bytes and returns the end of their units, null for ill-formed bytes; touches 32
+/// units.
 KOR_AVX2_INLINE char16_t* DecodeBlock(char const* from, char16_t* to)
 {
     ByteBlock const block = LoadBytes(from);
@@ -251,8 +251,8 @@ KOR_AVX2 bool DecodeFrom(char const* from, std::size_t n, char16_t* to, std::siz
 {
     char const* const end = from + n;
     char16_t* const toEnd = to + units;
-    while (end - from >= static_cast<std::ptrdiff_t>(kBlock + kLookAhead)
-           && toEnd - to >= static_cast<std::ptrdiff_t>(kBlock)) {
+    while (end - from >= static_cast<std::ptrdiff_t>(kBlock + kLookAhead) &&
+           toEnd - to >= static_cast<std::ptrdiff_t>(kBlock)) {
         to = DecodeBlock(from, to);
         if (to == nullptr) {
             return false;
@@ -264,23 +264,12 @@ KOR_AVX2 bool DecodeFrom(char const* from, std::size_t n, char16_t* to, std::siz
         WidenBlock(end - kBlock, toEnd - kBlock); // what is written again is the same
         return true;
     }
-    return DecodeTail(from, left, to, static_cast<std::size_t>(toEnd - to));
-}
-
-/// Converts text that is ASCII unless it is ill-formed.
-KOR_AVX2 bool DecodeAscii(char const* from, std::size_t n, char16_t* to)
-{
-    if (n < kBlock) {
-        return kSse2Kernels.decodeUtf8(from, n, to, n);
+    auto const room = static_cast<std::size_t>(toEnd - to);
+    bool const startsCharacter = static_cast<unsigned char>(from[-1]) < 0x80;
+    if (startsCharacter && left < kBlockUnits) {
+        return kScalarKernels.decodeUtf8(from, left, to, room);
     }
-    __m256i seen = _mm256_or_si256(Load(from), Load(from + n - kBlock));
-    WidenBlock(from, to);
-    WidenBlock(from + n - kBlock, to + n - kBlock);
-    for (std::size_t i = UnitsToAlignment(to); i + kBlock < n; i += kBlock) {
-        seen = _mm256_or_si256(seen, Load(from + i));
-        WidenBlock(from + i, to + i);
-    }
-    return _mm256_movemask_epi8(seen) == 0;
+    return DecodeTail(from, left, to, room);
 }
 
 /// The bytes before the first four blocks that are not all ASCII.
@@ -335,10 +324,25 @@ KOR_AVX2 std::size_t CountUtf16Avx2(char const* from, std::size_t n)
     return ascii + SumOf(_mm256_add_epi64(sum, secondSum));
 }
 
+KOR_AVX2 bool DecodeAsciiAvx2(char const* from, std::size_t n, char16_t* to)
+{
+    if (n < kBlock) {
+        return kSse2Kernels.decodeAscii(from, n, to);
+    }
+    __m256i seen = _mm256_or_si256(Load(from), Load(from + n - kBlock));
+    WidenBlock(from, to);
+    WidenBlock(from + n - kBlock, to + n - kBlock);
+    for (std::size_t i = UnitsToAlignment(to); i + kBlock < n; i += kBlock) {
+        seen = _mm256_or_si256(seen, Load(from + i));
+        WidenBlock(from + i, to + i);
+    }
+    return _mm256_movemask_epi8(seen) == 0;
+}
+
 KOR_AVX2 bool DecodeUtf8Avx2(char const* from, std::size_t n, char16_t* to, std::size_t units)
 {
     if (units == n) {
-        return DecodeAscii(from, n, to);
+        return DecodeAsciiAvx2(from, n, to); // only ASCII has so many units
     }
     if (n < kBlock) {
         return kScalarKernels.decodeUtf8(from, n, to, units);

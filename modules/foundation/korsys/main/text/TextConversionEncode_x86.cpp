@@ -72,8 +72,8 @@ KOR_AVX2_INLINE std::size_t StoreTwoByte(__m256i units, char* to)
     // 00000aaa aabbbbbb becomes 10bbbbbb 110aaaaa, the byte to be written first being the low one.
     __m256i const isAscii = HaveNone(units, 0xFF80);
     __m256i const last = _mm256_and_si256(_mm256_slli_epi16(units, 8), Units(0x3F00));
-    __m256i const both = _mm256_or_si256(_mm256_or_si256(_mm256_srli_epi16(units, 6), last),
-                                         Units(0x80C0));
+    __m256i const both =
+        _mm256_or_si256(_mm256_or_si256(_mm256_srli_epi16(units, 6), last), Units(0x80C0));
     __m256i const bytes = Choose(isAscii, units, both);
     __m256i const packed = _mm256_packs_epi16(isAscii, isAscii);
     unsigned const sets = ~static_cast<unsigned>(_mm256_movemask_epi8(packed));
@@ -90,10 +90,10 @@ KOR_AVX2_INLINE std::size_t StoreTwoByte(__m256i units, char* to)
 /// Units with their up to three bytes, and how many of these count.
 struct EncodedBlock
 {
-    __m256i first;        ///< The first of three bytes, in the high byte of each unit.
-    __m256i lastTwo;      ///< The others; of two bytes the last two, of one the last.
-    __m256i needsTwo;     ///< Which units take more than one byte,
-    __m256i needsThree;   ///< and which take three.
+    __m256i first;      ///< The first of three bytes, in the high byte of each unit.
+    __m256i lastTwo;    ///< The others; of two bytes the last two, of one the last.
+    __m256i needsTwo;   ///< Which units take more than one byte,
+    __m256i needsThree; ///< and which take three.
 };
 
 KOR_AVX2_INLINE EncodedBlock EncodeUnits(__m256i units)
@@ -104,12 +104,11 @@ KOR_AVX2_INLINE EncodedBlock EncodeUnits(__m256i units)
     __m256i const moved = _mm256_slli_epi16(units, 8);
     __m256i const last = _mm256_and_si256(moved, Units(0x3F00));
     __m256i const middle = _mm256_and_si256(_mm256_srli_epi16(units, 6), Units(0x003F));
-    __m256i const marks = _mm256_or_si256(Units(0x8080),
-                                          _mm256_and_si256(isBelow800, Units(0x0040)));
+    __m256i const marks =
+        _mm256_or_si256(Units(0x8080), _mm256_and_si256(isBelow800, Units(0x0040)));
     __m256i const lastTwo = _mm256_or_si256(_mm256_or_si256(last, middle), marks);
-    __m256i const first =
-        _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi16(units, 4), Units(0x0F00)),
-                        Units(0xE000));
+    __m256i const first = _mm256_or_si256(
+        _mm256_and_si256(_mm256_srli_epi16(units, 4), Units(0x0F00)), Units(0xE000));
     return {first, Choose(isAscii, moved, lastTwo), _mm256_xor_si256(isAscii, ones),
             _mm256_xor_si256(isBelow800, ones)};
 }
@@ -118,8 +117,8 @@ KOR_AVX2_INLINE EncodedBlock EncodeUnits(__m256i units)
 KOR_AVX2_INLINE std::size_t StoreThreeByte(EncodedBlock const& block, char* to)
 {
     __m256i const lowBytes = Units(0x00FF);
-    auto const sets = static_cast<unsigned>(_mm256_movemask_epi8(
-        _mm256_blendv_epi8(block.needsThree, block.needsTwo, lowBytes)));
+    auto const sets = static_cast<unsigned>(
+        _mm256_movemask_epi8(_mm256_blendv_epi8(block.needsThree, block.needsTwo, lowBytes)));
     Shuffle const* const packing = kThreeBytePacking.data();
     // Unpacking works within each half of a register: units 0..3 and 8..11, 4..7 and 12..15.
     __m256i const even =
@@ -142,20 +141,18 @@ KOR_AVX2_INLINE EncodedBlock EncodeSurrogates(char16_t const* from, __m256i unit
     __m256i const pairFirst = PairFirsts(units, Load(from + kLookAhead));
     __m256i const pairSecond = PairFirsts(before, units);
     __m256i const paired = _mm256_or_si256(pairFirst, pairSecond);
-    __m256i const isSurrogate = _mm256_cmpeq_epi16(_mm256_and_si256(units, Units(0xF800)),
-                                                   Units(0xD800));
+    __m256i const isSurrogate =
+        _mm256_cmpeq_epi16(_mm256_and_si256(units, Units(0xF800)), Units(0xD800));
     __m256i const unpaired = _mm256_andnot_si256(paired, isSurrogate);
     EncodedBlock block = EncodeUnits(Choose(unpaired, Units(0xFFFD), units));
 
     // aaaaaaaaaa + 40 makes bbbbbbbbbcc: 11110bbb 10bbbbbb, and cc goes into the third byte.
-    __m256i const top =
-        _mm256_add_epi16(_mm256_and_si256(units, Units(0x03FF)), Units(0x0040));
-    __m256i const firstTwo = _mm256_or_si256(
-        _mm256_or_si256(_mm256_srli_epi16(top, 8),
-                        _mm256_and_si256(_mm256_slli_epi16(top, 6), Units(0x3F00))),
-        Units(0x80F0));
-    __m256i const passed =
-        _mm256_slli_epi16(_mm256_and_si256(before, Units(0x0003)), 4);
+    __m256i const top = _mm256_add_epi16(_mm256_and_si256(units, Units(0x03FF)), Units(0x0040));
+    __m256i const firstTwo =
+        _mm256_or_si256(_mm256_or_si256(_mm256_srli_epi16(top, 8),
+                                        _mm256_and_si256(_mm256_slli_epi16(top, 6), Units(0x3F00))),
+                        Units(0x80F0));
+    __m256i const passed = _mm256_slli_epi16(_mm256_and_si256(before, Units(0x0003)), 4);
     __m256i const secondTwo =
         _mm256_or_si256(_mm256_and_si256(block.lastTwo, Units(0xFFCF)), passed);
     block.lastTwo = Choose(pairFirst, firstTwo, Choose(pairSecond, secondTwo, block.lastTwo));
@@ -170,8 +167,8 @@ KOR_AVX2_INLINE std::size_t EncodeBlock(char16_t const* from, char* to)
     if (_mm256_testz_si256(units, Units(0xF800)) != 0) {
         return StoreTwoByte(units, to);
     }
-    __m256i const isSurrogate = _mm256_cmpeq_epi16(_mm256_and_si256(units, Units(0xF800)),
-                                                   Units(0xD800));
+    __m256i const isSurrogate =
+        _mm256_cmpeq_epi16(_mm256_and_si256(units, Units(0xF800)), Units(0xD800));
     if (_mm256_testz_si256(isSurrogate, isSurrogate) != 0) {
         return StoreThreeByte(EncodeUnits(units), to);
     }
@@ -228,6 +225,8 @@ KOR_AVX2 std::size_t EncodeFrom(char16_t const* from, std::size_t n, char* to, s
     auto const left = static_cast<std::size_t>(end - from);
     if (left <= kStep && EncodeAscii(end - kStep, to + left - kStep)) {
         to += left; // what was written again is the same
+    } else if (left < kBlockUnits && !IsHighSurrogate(from[-1])) {
+        to += kScalarKernels.encodeUtf8(from, left, to, left);
     } else {
         to += EncodeTail(from, left, to);
     }
@@ -243,9 +242,9 @@ KOR_AVX2 std::size_t CountMoreBytes(char16_t const* from, std::size_t n)
     for (std::size_t i = 0; i < n; i += kBlockUnits) {
         __m256i const units = Load(from + i);
         __m256i const pairs = PairFirsts(units, Load(from + i + kLookAhead));
-        __m256i const spared = _mm256_add_epi16(
-            _mm256_add_epi16(HaveNone(units, 0xFF80), HaveNone(units, 0xF800)),
-            _mm256_add_epi16(pairs, pairs));
+        __m256i const spared =
+            _mm256_add_epi16(_mm256_add_epi16(HaveNone(units, 0xFF80), HaveNone(units, 0xF800)),
+                             _mm256_add_epi16(pairs, pairs));
         __m256i const more = _mm256_add_epi16(spared, Units(2));
         sum = _mm256_add_epi64(sum, _mm256_sad_epu8(more, zero));
     }
@@ -266,8 +265,7 @@ KOR_AVX2 std::size_t CountUtf8Avx2(char16_t const* from, std::size_t n)
     return i + more + kScalarKernels.countUtf8(from + i, n - i);
 }
 
-KOR_AVX2 std::size_t EncodeUtf8Avx2(char16_t const* from, std::size_t n, char* to,
-                                    std::size_t room)
+KOR_AVX2 std::size_t EncodeUtf8Avx2(char16_t const* from, std::size_t n, char* to, std::size_t room)
 {
     if (n < kStep) {
         return kSse2Kernels.encodeUtf8(from, n, to, room);
@@ -275,8 +273,8 @@ KOR_AVX2 std::size_t EncodeUtf8Avx2(char16_t const* from, std::size_t n, char* t
     char16_t const* next = from;
     char* const second = PutUtf8(Repaired(TakeUtf16(next, from + n)), to);
     auto const bytes = static_cast<std::size_t>(second - to);
-    return bytes
-        + EncodeFrom(next, static_cast<std::size_t>(from + n - next), second, room - bytes);
+    return bytes +
+           EncodeFrom(next, static_cast<std::size_t>(from + n - next), second, room - bytes);
 }
 
 } // namespace TextConversion

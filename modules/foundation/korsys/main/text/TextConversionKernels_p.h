@@ -22,12 +22,18 @@ struct Kernels
     /// ill-formed text; `to` then holds anything.
     bool (*decodeUtf8)(char const* from, std::size_t n, char16_t* to, std::size_t units);
 
+    /// Writes n units, which are the text if it is ASCII; returns whether it is.
+    bool (*decodeAscii)(char const* from, std::size_t n, char16_t* to);
+
     /// See `CountUtf8`.
     std::size_t (*countUtf8)(char16_t const* from, std::size_t n);
 
     /// Returns the number of bytes that the text takes, and writes them and nothing behind
     /// `to + room`. Requires: `room` is at least what `countUtf8` tells; more makes it faster.
     std::size_t (*encodeUtf8)(char16_t const* from, std::size_t n, char* to, std::size_t room);
+
+    /// Writes n bytes, which are the text if it is ASCII; returns whether it is.
+    bool (*encodeAscii)(char16_t const* from, std::size_t n, char* to);
 
     /// The number of surrogate pairs.
     std::size_t (*countPairs)(char16_t const* from, std::size_t n);

@@ -8,10 +8,10 @@ namespace {
 /// What the first byte of a character says about the rest.
 struct Lead
 {
-    unsigned trailing;    ///< Bytes that follow; 0 for a byte that begins no longer character.
-    unsigned char lowest; ///< The range of the second byte, which keeps out what is too long for
+    unsigned trailing;     ///< Bytes that follow; 0 for a byte that begins no longer character.
+    unsigned char lowest;  ///< The range of the second byte, which keeps out what is too long for
     unsigned char highest; ///< its value, surrogates, and values above 10FFFF.
-    unsigned char bits;   ///< The bits of the code point in the first byte.
+    unsigned char bits;    ///< The bits of the code point in the first byte.
 };
 
 Lead ReadLead(unsigned char byte)
@@ -79,13 +79,23 @@ bool DecodeUtf8Scalar(char const* from, std::size_t n, char16_t* to, std::size_t
     return true;
 }
 
+bool DecodeAsciiScalar(char const* from, std::size_t n, char16_t* to)
+{
+    unsigned seen = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        to[i] = static_cast<unsigned char>(from[i]);
+        seen |= to[i];
+    }
+    return seen < 0x80;
+}
+
 std::size_t CountUtf8Scalar(char16_t const* from, std::size_t n)
 {
     std::size_t bytes = 0;
     for (char16_t const* const end = from + n; from != end;) {
         char32_t const codePoint = Repaired(TakeUtf16(from, end));
-        bytes += 1 + (codePoint >= 0x80 ? 1 : 0) + (codePoint >= 0x800 ? 1 : 0)
-            + (codePoint >= 0x10000 ? 1 : 0);
+        bytes += 1 + (codePoint >= 0x80 ? 1 : 0) + (codePoint >= 0x800 ? 1 : 0) +
+                 (codePoint >= 0x10000 ? 1 : 0);
     }
     return bytes;
 }
@@ -97,6 +107,16 @@ std::size_t EncodeUtf8Scalar(char16_t const* from, std::size_t n, char* to, std:
         to = PutUtf8(Repaired(TakeUtf16(from, end)), to);
     }
     return static_cast<std::size_t>(to - start);
+}
+
+bool EncodeAsciiScalar(char16_t const* from, std::size_t n, char* to)
+{
+    unsigned seen = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        seen |= from[i];
+        to[i] = static_cast<char>(from[i]);
+    }
+    return seen < 0x80;
 }
 
 std::size_t CountPairsScalar(char16_t const* from, std::size_t n)
@@ -156,9 +176,9 @@ std::size_t LengthScalar(char16_t const* zeroTerminated)
 } // namespace
 
 Kernels const kScalarKernels = {
-    "scalar",         CountUtf16Scalar,    DecodeUtf8Scalar,    CountUtf8Scalar,
-    EncodeUtf8Scalar, CountPairsScalar,    Latin1ToUtf16Scalar, Utf16ToLatin1Scalar,
-    IsAsciiScalar,    IsAsciiScalar,       LengthScalar,
+    "scalar",         CountUtf16Scalar,  DecodeUtf8Scalar, DecodeAsciiScalar,   CountUtf8Scalar,
+    EncodeUtf8Scalar, EncodeAsciiScalar, CountPairsScalar, Latin1ToUtf16Scalar, Utf16ToLatin1Scalar,
+    IsAsciiScalar,    IsAsciiScalar,     LengthScalar,
 };
 
 } // namespace TextConversion

@@ -123,11 +123,23 @@ std::size_t CountUtf16Sse2(char const* from, std::size_t n)
     return static_cast<std::size_t>(_mm_cvtsi128_si64(sum)) - zeros;
 }
 
+bool DecodeAsciiSse2(char const* from, std::size_t n, char16_t* to)
+{
+    __m128i seen = _mm_setzero_si128();
+    std::size_t i = 0;
+    for (; n - i >= kBlock; i += kBlock) {
+        seen = _mm_or_si128(seen, Load(from + i));
+        StoreWidened(to + i, Load(from + i));
+    }
+    seen = _mm_or_si128(seen, LoadPart(from + i, n - i));
+    WidenPart(from + i, n - i, to + i);
+    return _mm_movemask_epi8(seen) == 0;
+}
+
 bool DecodeUtf8Sse2(char const* from, std::size_t n, char16_t* to, std::size_t units)
 {
-    if (n < kBlock && units == n) {
-        WidenPart(from, n, to);
-        return _mm_movemask_epi8(LoadPart(from, n)) == 0;
+    if (units == n) {
+        return DecodeAsciiSse2(from, n, to); // only ASCII has so many units
     }
     for (char const* const end = from + n; from != end;) {
         auto const left = static_cast<std::size_t>(end - from);
@@ -175,6 +187,15 @@ std::size_t EncodeUtf8Sse2(char16_t const* from, std::size_t n, char* to, std::s
         to = PutUtf8(Repaired(TakeUtf16(from, end)), to);
     }
     return static_cast<std::size_t>(to - start);
+}
+
+bool EncodeAsciiSse2(char16_t const* from, std::size_t n, char* to)
+{
+    std::size_t const ascii = AsciiPrefix(from, n);
+    for (std::size_t i = 0; i < ascii; i += kBlockUnits) {
+        StoreNarrowed(to + i, Load(from + i));
+    }
+    return kScalarKernels.encodeAscii(from + ascii, n - ascii, to + ascii);
 }
 
 std::size_t CountPairsSse2(char16_t const* from, std::size_t n)
@@ -232,15 +253,15 @@ __attribute__((no_sanitize_address)) std::size_t LengthSse2(char16_t const* zero
         ++block;
         found = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(*block, zero)));
     }
-    auto const at = reinterpret_cast<std::uintptr_t>(block)
-        + static_cast<unsigned>(__builtin_ctz(found));
+    auto const at =
+        reinterpret_cast<std::uintptr_t>(block) + static_cast<unsigned>(__builtin_ctz(found));
     return (at - address) / sizeof(char16_t);
 }
 
 Kernels const kSse2Kernels = {
-    "SSE2",         CountUtf16Sse2,    DecodeUtf8Sse2,    CountUtf8Sse2,
-    EncodeUtf8Sse2, CountPairsSse2,    Latin1ToUtf16Sse2, Utf16ToLatin1Sse2,
-    IsAsciiSse2,    IsAsciiSse2,       LengthSse2,
+    "SSE2",         CountUtf16Sse2,  DecodeUtf8Sse2, DecodeAsciiSse2,   CountUtf8Sse2,
+    EncodeUtf8Sse2, EncodeAsciiSse2, CountPairsSse2, Latin1ToUtf16Sse2, Utf16ToLatin1Sse2,
+    IsAsciiSse2,    IsAsciiSse2,     LengthSse2,
 };
 
 } // namespace TextConversion

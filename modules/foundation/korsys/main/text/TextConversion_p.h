@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string>
 
-/// Nothing here allocates except `ToUtf8` and `AppendUtf8`, nothing throws except for want of
+/// Nothing here allocates except `ToUtf8`, nothing throws except for want of
 /// memory, and no byte outside the given ranges is read or written. Lengths are in elements of the
 /// pointer that stands before them: bytes, 16-bit units or 32-bit code points. A pointer may be
 /// null when its length is 0. Embedded zeros and byte order marks are ordinary characters.
@@ -39,16 +39,31 @@ KORSYS_EXPORT std::size_t CountUtf16(char const* from, std::size_t n);
 /// Converts any bytes. Requires: `to` has room for `CountUtf16(from, n)` units.
 KORSYS_EXPORT void DecodeUtf8(char const* from, std::size_t n, char16_t* to);
 
+/// Whether the text is long and ASCII in all of many places. Then it has next to as many units as
+/// bytes, and to convert it at once is faster than to count first.
+KORSYS_EXPORT bool SeemsAscii(char const* from, std::size_t n);
+
+/// Converts ASCII up to a place not far before the first other byte, and returns its length. `to`
+/// has room for n units; those behind the returned length hold anything.
+KORSYS_EXPORT std::size_t DecodeAsciiStart(char const* from, std::size_t n, char16_t* to);
+
 /// Converts any bytes into a text that `resize` provides. `char16_t* resize(std::size_t units)`
-/// makes the text hold exactly `units`, at most n, of any value, and returns where they are. It is
-/// called once for well-formed text and once or twice for other bytes; the last call counts.
+/// makes the text hold exactly `units`, at most n, and returns where they are. New units may hold
+/// anything; a call for fewer units than the call before keeps the first ones. There is one call
+/// for nearly all text, and further ones for ill-formed text and for long text that is not ASCII in
+/// a few places; what the last call asked for is the result.
 ///
 ///     TextConversion::Utf8ToUtf16(from, n, [&](std::size_t units) { return Resize(units); });
 template <class Resize>
 void Utf8ToUtf16(char const* from, std::size_t n, Resize&& resize)
 {
-    std::size_t const units = CountUtf16IfWellFormed(from, n);
-    if (units <= n && DecodeWellFormedUtf8(from, n, resize(units), units)) {
+    std::size_t const ascii = SeemsAscii(from, n) ? DecodeAsciiStart(from, n, resize(n)) : 0;
+    if (ascii == n && n != 0) {
+        return;
+    }
+    std::size_t const units = CountUtf16IfWellFormed(from + ascii, n - ascii);
+    if (units <= n - ascii &&
+        DecodeWellFormedUtf8(from + ascii, n - ascii, resize(ascii + units) + ascii, units)) {
         return;
     }
     DecodeUtf8(from, n, resize(CountUtf16(from, n)));
@@ -62,9 +77,8 @@ KORSYS_EXPORT std::size_t CountUtf8(char16_t const* from, std::size_t n);
 /// Requires: `bytes` is `CountUtf8(from, n)`, and `to` has room for exactly as many.
 KORSYS_EXPORT void EncodeUtf8(char16_t const* from, std::size_t n, char* to, std::size_t bytes);
 
-/// Long text takes its exact memory at once.
+/// Long text takes the memory that it needs and no more.
 KORSYS_EXPORT std::string ToUtf8(char16_t const* from, std::size_t n);
-KORSYS_EXPORT void AppendUtf8(std::string& to, char16_t const* from, std::size_t n);
 
 // UTF-32
 

@@ -59,8 +59,7 @@ void TEvent::SignalToWaiters()
     std::lock_guard<std::mutex> const guard(m_mutex);
     std::uint64_t state = m_state.load(std::memory_order_relaxed);
     while (!m_state.compare_exchange_weak(state, Signalled(state), std::memory_order_acq_rel,
-                                          std::memory_order_relaxed)) {
-    }
+                                          std::memory_order_relaxed)) {}
     m_released.notify_all();
 }
 

@@ -96,10 +96,11 @@ TEST(KorvelExceptionTest, CloneAndThrowKeepTheDynamicType)
         std::make_unique<LogicException>(u"m", AnyInfo()),
         std::make_unique<DerivedException>(u"m", AnyInfo()),
     };
-    for (auto const& exception : exceptions) {
-        std::unique_ptr<KorvelException> const clone(exception->Clone());
-        EXPECT_NE(clone, exception);
-        EXPECT_TRUE(KorTest::ThrowsError([&] { clone->Throw(); }, typeid(*exception),
+    for (auto const& pointer : exceptions) {
+        KorvelException const& exception = *pointer;
+        std::unique_ptr<KorvelException> const clone(exception.Clone());
+        EXPECT_NE(clone, pointer);
+        EXPECT_TRUE(KorTest::ThrowsError([&] { clone->Throw(); }, typeid(exception),
                                          "KorvelException_AutoGen_0x8CA372D6"));
     }
 }

@@ -34,9 +34,9 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
         if (typeid(e) == type && actual == id) {
             return testing::AssertionSuccess();
         }
-        return testing::AssertionFailure() << "threw " << typeid(e).name() << " with " << actual
-                                           << " (" << e.what() << "), expected " << type.name()
-                                           << " with " << id;
+        return testing::AssertionFailure()
+               << "threw " << typeid(e).name() << " with " << actual << " (" << e.what()
+               << "), expected " << type.name() << " with " << id;
     }
     return testing::AssertionFailure() << "did not throw, expected " << id;
 }

@@ -1,12 +1,13 @@
 #include "korsys/main/system/TStackWalker.h"
 
-#include "korsys/main/error/KorErrorsError.h"
-#include "korsys/main/error/LogicException.h"
 #include "korsys/main/system/TSystemCore.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <cstddef>
+#include <ios>
+#include <locale>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -28,40 +29,25 @@ Frames Walk(int maxFrames, int framesToSkip)
 TEST(TStackWalkerTest, FramesNameModuleSymbolAndOffset)
 {
     static Frames s_frames;
-    int numbers[] = {2, 1};
-    std::qsort(numbers, 2, sizeof(int), [](void const*, void const*) {
-        s_frames = Walk(64, 0);
-        return 0;
-    });
+    std::ostringstream stream; // called back from a library that exports its functions
+    stream.register_callback([](auto...) { s_frames = Walk(64, 0); }, 0);
+    stream.imbue(std::locale::classic());
+
     std::string const file = TSystemCore::ExecutableFilename().GenericString().toStdString();
     std::string const program = file.substr(file.rfind('/') + 1);
     ASSERT_FALSE(s_frames.empty());
     EXPECT_EQ(s_frames.front().rfind(program, 0), 0u) << "starts at its caller";
-    bool hasExportedSymbol = false;
+    bool hasSymbol = false;
     for (std::string const& frame : s_frames) {
-        hasExportedSymbol |= frame.find("!qsort") != std::string::npos;
+        SCOPED_TRACE(frame);
         std::size_t const offset = frame.rfind("+0x");
-        ASSERT_NE(offset, std::string::npos) << frame;
+        ASSERT_NE(offset, std::string::npos);
         EXPECT_EQ(frame.find_first_not_of("0123456789abcdef", offset + 3), std::string::npos);
-        EXPECT_EQ(frame.substr(0, frame.find('!')).find('/'), std::string::npos) << frame;
+        std::size_t const bang = frame.find('!');
+        EXPECT_EQ(frame.substr(0, bang).find('/'), std::string::npos);
+        hasSymbol |= bang < frame.find("ios_base::imbue(std::");
     }
-    EXPECT_TRUE(hasExportedSymbol) << testing::PrintToString(s_frames);
-}
-
-TEST(TStackWalkerTest, SymbolsAreDemangled)
-{
-    TStackWalker::SetActive(true);
-    Frames frames;
-    try {
-        ThrowLogicException("file", 1, "text", KorErrorsError::LogicAssert_0x0AAE8A7B());
-    } catch (LogicException const& e) {
-        frames = e.GetErrorInfo().GetCallstack();
-    }
-    TStackWalker::SetActive(false);
-    ASSERT_FALSE(frames.empty());
-    std::string const symbol =
-        "!ThrowLogicException(char const*, int, char const*, KorvelError const&)+0x";
-    EXPECT_NE(frames.front().find(symbol), std::string::npos) << frames.front();
+    EXPECT_TRUE(hasSymbol) << testing::PrintToString(s_frames);
 }
 
 TEST(TStackWalkerTest, TakesAsManyFramesAsToldFromWhereItIsTold)
@@ -69,13 +55,11 @@ TEST(TStackWalkerTest, TakesAsManyFramesAsToldFromWhereItIsTold)
     EXPECT_TRUE(Walk(0, 0).empty());
     EXPECT_TRUE(Walk(-1, 0).empty());
     EXPECT_TRUE(Walk(64, 1000).empty());
-    std::vector<Frames> walks; // from one line, so that only the frames left out differ
-    for (int skip = 0; skip < 3; ++skip) {
-        walks.push_back(Walk(3 - skip, skip));
-    }
-    ASSERT_EQ(walks[0].size(), 3u);
-    EXPECT_EQ(walks[1], Frames(walks[0].begin() + 1, walks[0].end()));
-    EXPECT_EQ(walks[2], Frames(walks[0].begin() + 2, walks[0].end()));
+    EXPECT_EQ(Walk(2, 0).size(), 2u);
+    Frames const all = Walk(64, 0);
+    ASSERT_GT(all.size(), 3u);
+    // The first two are in `Walk` and here, and the place here is another one.
+    EXPECT_EQ(Walk(64, 2), Frames(all.begin() + 2, all.end()));
 }
 
 } // namespace

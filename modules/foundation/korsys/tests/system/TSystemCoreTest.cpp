@@ -60,8 +60,7 @@ TEST(TSystemCoreTest, PathsLeadToTheExecutableAndToModules)
     EXPECT_EQ(TSystemCore::ModuleDirectory(here), TSystemCore::ExecutablePath());
     EXPECT_EQ(TSystemCore::ModulePath(TPathCore()), TSystemCore::ExecutablePath());
     for (void const* const address : {here, library}) {
-        std::string const file =
-            TSystemCore::ModuleFilename(address).GenericString().toStdString();
+        std::string const file = TSystemCore::ModuleFilename(address).GenericString().toStdString();
         TPathCore const directory = TSystemCore::ModuleDirectory(address);
         std::size_t const slash = file.rfind('/');
         EXPECT_EQ(::access(file.c_str(), R_OK), 0) << file;
@@ -72,16 +71,11 @@ TEST(TSystemCoreTest, PathsLeadToTheExecutableAndToModules)
             EXPECT_EQ(TSystemCore::ModulePath(Path(module)), directory) << module;
         }
     }
-}
-
-TEST(TSystemCoreTest, WhatIsNotLoadedHasNoPath)
-{
     int const local = 0;
     EXPECT_EQ(TSystemCore::ModuleFilename(&local), TPathCore());
     EXPECT_EQ(TSystemCore::ModuleDirectory(nullptr), TPathCore());
-    for (char const* const module : {"no-such-module.so", "/no/such/module.so", "/"}) {
-        EXPECT_EQ(TSystemCore::ModulePath(Path(module)), TPathCore()) << module;
-    }
+    EXPECT_EQ(TSystemCore::ModulePath(Path("no-such-module.so")), TPathCore());
+    EXPECT_EQ(TSystemCore::ModulePath(Path("/no/such/module.so")), TPathCore());
 }
 
 } // namespace

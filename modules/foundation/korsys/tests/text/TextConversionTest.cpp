@@ -8,6 +8,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <unicode/ustring.h>
@@ -113,6 +114,7 @@ std::vector<BadBytes> AllBadBytes()
     return {
         {__LINE__, "\x80", u"\xFFFD"},
         {__LINE__, "\xBF\x80", u"\xFFFD\xFFFD"},
+        {__LINE__, std::string(200, '\x80'), std::u16string(200, u'\xFFFD')},
         // Each lead byte alone, then cut at each later place: one mark for what is there.
         {__LINE__, "\xC2", u"\xFFFD"},
         {__LINE__, "\xE2", u"\xFFFD"},
@@ -264,15 +266,53 @@ TEST(TextConversionTest, RandomTextGoesThroughEveryFormAndBack)
     }
 }
 
-TEST(TextConversionTest, LongTextIsEncodedPieceByPieceWithoutLosingAPair)
+TEST(TextConversionTest, LongTextThatSeemsAsciiIsDecodedAroundItsOtherBytes)
 {
-    for (std::size_t const before : {1021, 1022, 1023, 1024, 2047}) {
-        SCOPED_TRACE(before);
-        std::u16string const text = std::u16string(before, u'x') + Repeated(kFillers[3].units, 1100)
-            + u"\xD83D";
-        std::string utf8 = "kept";
-        TextConversion::AppendUtf8(utf8, text.data(), text.size());
-        EXPECT_EQ(utf8, "kept" + IcuEncode(text));
+    std::size_t const kBytes = 200001;
+    // Places between the samples, the bytes there, and how often a text is to be resized.
+    struct Case
+    {
+        int line;
+        std::size_t place;
+        std::string bytes;
+        std::size_t resizes;
+    };
+    Case const cases[] = {
+        {__LINE__, 0, "", 1},
+        {__LINE__, 0, "\xC3\xA9", 1}, // seen at once
+        {__LINE__, 100, "\xC3\xA9", 2},
+        {__LINE__, 199800, "\xF0\x9F\x98\x80", 2},
+        {__LINE__, 100000, "\xE6\xBC", 3},
+        {__LINE__, 100000, "\x80\x80\x80", 3},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        std::string bytes(kBytes, 'x');
+        bytes.replace(c.place, c.bytes.size(), c.bytes);
+        std::u16string result;
+        std::size_t resizes = 0;
+        TextConversion::Utf8ToUtf16(bytes.data(), bytes.size(), [&](std::size_t units) {
+            ++resizes;
+            result.resize(units);
+            return &result[0];
+        });
+        EXPECT_EQ(result, IcuDecode(bytes));
+        EXPECT_EQ(resizes, c.resizes);
+    }
+}
+
+TEST(TextConversionTest, LongTextIsEncodedPieceByPieceInItsExactMemory)
+{
+    for (std::size_t const before : {0, 2046, 2047, 2048, 4095, 9000}) {
+        for (std::size_t const pairs : {0, 1, 2100}) {
+            SCOPED_TRACE(testing::Message() << before << " and " << pairs << " pairs");
+            std::u16string const text = std::u16string(before, u'x') +
+                                        Repeated(kFillers[3].units, pairs) +
+                                        std::u16string(pairs % 2, u'\xD83D');
+            std::string const utf8 = TextConversion::ToUtf8(text.data(), text.size());
+            ASSERT_EQ(utf8, IcuEncode(text));
+            ASSERT_LT(utf8.capacity(), utf8.size() + 32);
+        }
     }
 }
 
@@ -311,7 +351,8 @@ TEST(TextConversionTest, Latin1AndAsciiHoldAtEveryLengthAndPlace)
             ASSERT_TRUE(kernels->isAsciiUnits(ascii.get(), n));
             for (std::size_t at = 0; at < n; ++at) {
                 ASSERT_EQ(units[at], static_cast<unsigned char>(bytes[at]));
-                char16_t const kept = std::exchange(units[at], char16_t(at % 2 != 0 ? 0x100 : 0xFFFF));
+                char16_t const kept =
+                    std::exchange(units[at], char16_t(at % 2 != 0 ? 0x100 : 0xFFFF));
                 ASSERT_FALSE(kernels->utf16ToLatin1(units.get(), n, back.get()));
                 ASSERT_EQ(std::string(back.get(), n), std::string(bytes).replace(at, 1, 1, '?'));
                 units[at] = kept;

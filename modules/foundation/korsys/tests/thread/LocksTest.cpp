@@ -17,9 +17,9 @@ namespace {
 template <template <class> class Guard, class Lock>
 bool IsFree(Lock& lock)
 {
-    return std::async(std::launch::async, [&lock] {
-               return Guard<Lock>(lock, std::try_to_lock).owns_lock();
-           }).get();
+    return std::async(std::launch::async,
+                      [&lock] { return Guard<Lock>(lock, std::try_to_lock).owns_lock(); })
+        .get();
 }
 
 TEST(LocksTest, RecursiveMutexIsFreeAfterAsManyUnlocksAsLocks)
@@ -59,9 +59,9 @@ TEST(LocksTest, InitOnceRunsUntilOneSucceedsAndShowsAllWhatItDid)
         InitOnce once;
         EXPECT_THROW(once.Run([] { throw std::runtime_error("at first"); }), std::runtime_error);
         int runs = 0; // plain: the object itself must order its users
-        std::vector<std::thread> threads;
-        for (int i = 0; i < 4; ++i) {
-            threads.emplace_back([&] {
+        std::vector<std::thread> threads(4);
+        for (std::thread& thread : threads) {
+            thread = std::thread([&] {
                 once.Run([&] { ++runs; });
                 EXPECT_EQ(runs, 1);
             });

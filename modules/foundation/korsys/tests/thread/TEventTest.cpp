@@ -5,18 +5,10 @@
 #include <atomic>
 #include <memory>
 #include <thread>
-#include <vector>
 
 namespace {
 
 constexpr int kPatienceMs = 60000; // far beyond what any step takes
-
-void JoinAll(std::vector<std::thread>& threads)
-{
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-}
 
 TEST(TEventTest, StaysSignalledUntilReset)
 {
@@ -38,24 +30,28 @@ TEST(TEventTest, ASignalThatIsResetAtOnceReleasesWhoWaits)
 {
     TEvent event;
     std::atomic<int> returned{0};
-    std::vector<std::thread> waiters;
-    for (int i = 0; i < 4; ++i) {
-        waiters.emplace_back([&, i] {
-            EXPECT_TRUE(event.Wait(i % 2 == 0 ? -1 : kPatienceMs));
+    std::thread waiters[4];
+    int patienceMs = -1;
+    for (std::thread& waiter : waiters) {
+        waiter = std::thread([&event, &returned, patienceMs] {
+            EXPECT_TRUE(event.Wait(patienceMs));
             ++returned;
         });
+        patienceMs = kPatienceMs; // the first waits for ever, the others have a limit
     }
     while (returned != 4) { // who comes after one pulse takes the next
         event.Signal();
         event.Reset();
     }
-    JoinAll(waiters);
+    for (std::thread& waiter : waiters) {
+        waiter.join();
+    }
     EXPECT_FALSE(event.Wait(0));
 }
 
 TEST(TEventTest, AConsumerThatResetsBeforeItLooksMissesNothing)
 {
-    constexpr int kItems = 20000;
+    constexpr int kItems = 5000;
     TEvent event;
     std::atomic<int> made{0}; // plain loads and stores: only the event orders them
     std::atomic<int> seen{0};

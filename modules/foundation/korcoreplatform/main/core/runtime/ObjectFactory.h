@@ -34,7 +34,8 @@ public:
 ///     ShapeFactory::ShapeFactory() : ObjectFactoryBase(u"shapes")
 ///     {
 ///         RegisterCreator(u"circle", [] { return new Circle; });
-///         RegisterCreator(u"copy", [](void* shape) { return static_cast<Shape*>(shape)->Copy(); });
+///         RegisterCreator(u"copy", [](void* shape) { return static_cast<Shape*>(shape)->Copy();
+///         });
 ///     }
 ///
 /// Thread safety: once all creators are registered, `Create` may be called from any thread if the

@@ -141,32 +141,33 @@ constexpr std::array<std::int8_t, 256> kDigitValues = [] {
     return values;
 }();
 
-/// Reads digits and remembers whether all of them were good. Nearly every text is good, so there
-/// is no branch for each digit.
-class HexReader
+template <class Unit>
+unsigned AsNumber(Unit unit)
 {
-public:
-    /// Requires: the text has `digits` units, at most 8.
-    template <class Unit>
-    std::uint32_t Read(Unit const* text, int digits)
-    {
-        std::uint32_t value = 0;
-        for (int i = 0; i < digits; ++i) {
-            unsigned const unit = std::make_unsigned_t<Unit>(text[i]);
-            int const digit = kDigitValues[unit & 0xFF];
-            m_allUnits |= unit;
-            m_allDigits |= digit;
-            value = value << 4 | static_cast<std::uint32_t>(digit);
-        }
-        return value;
+    return std::make_unsigned_t<Unit>(unit);
+}
+
+/// The number that 4 or 8 digits are; negative when one of them is none, as the sign of its value
+/// stays to the end. Nearly every text is good, so there is no branch for each digit.
+template <int digits, class Unit>
+std::int64_t ReadHex(Unit const* text)
+{
+    std::int64_t value = 0;
+    for (int i = 0; i < digits; ++i) {
+        value = value * 16 | kDigitValues[AsNumber(text[i]) & 0xFF];
     }
+    return value;
+}
 
-    bool IsGood() const { return m_allUnits <= 0xFF && m_allDigits >= 0; }
-
-private:
-    unsigned m_allUnits = 0;
-    int m_allDigits = 0; ///< Negative once a digit was bad.
-};
+template <class Unit>
+bool IsLatin1(Unit const* text, std::size_t length)
+{
+    unsigned all = 0;
+    for (std::size_t i = 0; i < length; ++i) {
+        all |= AsNumber(text[i]);
+    }
+    return all <= 0xFF;
+}
 
 /// Reads an identifier from the start of a text of `length` units.
 template <class Unit>
@@ -177,33 +178,35 @@ QUuid FromHex(Unit const* text, std::size_t length)
         --length;
     }
     if (length < kUnbracedUnits || text[8] != Unit('-') || text[13] != Unit('-') ||
-        text[18] != Unit('-') || text[23] != Unit('-')) {
+        text[18] != Unit('-') || text[23] != Unit('-') || !IsLatin1(text, kUnbracedUnits)) {
         return QUuid();
     }
-    HexReader reader;
-    Words const words = {reader.Read(text, 8),
-                         reader.Read(text + 9, 4) << 16 | reader.Read(text + 14, 4),
-                         reader.Read(text + 19, 4) << 16 | reader.Read(text + 24, 4),
-                         reader.Read(text + 28, 8)};
-    return reader.IsGood() ? FromWords(words) : QUuid();
+    std::int64_t const words[] = {
+        ReadHex<8>(text),
+        ReadHex<4>(text + 9) * 65536 | ReadHex<4>(text + 14),
+        ReadHex<4>(text + 19) * 65536 | ReadHex<4>(text + 24),
+        ReadHex<8>(text + 28),
+    };
+    if ((words[0] | words[1] | words[2] | words[3]) < 0) {
+        return QUuid();
+    }
+    return FromWords({std::uint32_t(words[0]), std::uint32_t(words[1]), std::uint32_t(words[2]),
+                      std::uint32_t(words[3])});
 }
 
 } // namespace
 
 TUUID::TUUID(char const* text) noexcept
     : m_uuid(text == nullptr ? QUuid() : FromHex(text, std::strlen(text)))
-{
-}
+{}
 
 TUUID::TUUID(char16_t const* text) noexcept
     : m_uuid(FromHex(text, static_cast<std::size_t>(TString::length(text))))
-{
-}
+{}
 
 TUUID::TUUID(TString const& text) noexcept
     : m_uuid(FromHex(text.constData(), static_cast<std::size_t>(text.length())))
-{
-}
+{}
 
 TString TUUID::ToString(TUUIDFormatOption format) const
 {

@@ -24,8 +24,7 @@ TElapsedTimer::TElapsedTimer(bool startNow) : m_timer(std::make_unique<QElapsedT
 
 TElapsedTimer::TElapsedTimer(TElapsedTimer const& other)
     : m_timer(std::make_unique<QElapsedTimer>(*other.m_timer))
-{
-}
+{}
 
 TElapsedTimer& TElapsedTimer::operator=(TElapsedTimer const& other)
 {

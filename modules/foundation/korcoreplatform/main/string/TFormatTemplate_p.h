@@ -1,0 +1,71 @@
+/// Reading templates of format strings and writing what they format to.
+
+#pragma once
+
+#include "korcoreplatform/main/string/TFormatString.h"
+#include "korsys/main/text/TStringErrors_p.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace TFormatDetail {
+
+/// Whether a template goes on behind a zero unit or ends before it.
+enum class Zero
+{
+    IsText,
+    EndsText
+};
+
+/// Checks a template and stores its markers.
+/// Requires: room for as many markers as the template has percent signs, or half its units.
+Layout ReadTemplate(std::u16string_view text, Zero zero, TFormatString::Marker* markers);
+
+[[noreturn, gnu::cold]] void ThrowInsufficientParameters(std::size_t count, Layout const& layout);
+
+/// Opens the storage's copying of short texts.
+struct UnitCopier : TStringManager
+{
+    using TStringManager::copyUnits;
+};
+
+/// Writes the text at `to` and returns the place behind it.
+inline char16_t* Write(char16_t* to, std::u16string_view text)
+{
+    int const n = static_cast<int>(text.size());
+    UnitCopier::copyUnits(to, text.data(), n);
+    return to + n;
+}
+
+/// Formats. `parameterOf(number)` is the view of a parameter.
+template <class ParameterOf>
+TString Render(Layout const& layout, std::size_t parameterCount, ParameterOf const& parameterOf)
+{
+    if (static_cast<std::size_t>(layout.maxMarker) > parameterCount) {
+        ThrowInsufficientParameters(parameterCount, layout);
+    }
+    auto const replacementOf = [&](TFormatString::Marker const& marker) {
+        return marker.number == 0 ? std::u16string_view(u"%", 1) : parameterOf(marker.number);
+    };
+    auto length = static_cast<std::int64_t>(layout.text.size());
+    for (int i = 0; i < layout.markerCount; ++i) {
+        TFormatString::Marker const& marker = layout.markers[i];
+        length += static_cast<std::int64_t>(replacementOf(marker).size()) - marker.length;
+    }
+
+    TString result;
+    char16_t* to = result.resizeForOverwrite(TStringErrors::CheckedSum(length));
+    std::size_t copied = 0; // units of the template
+    for (int i = 0; i < layout.markerCount; ++i) {
+        TFormatString::Marker const& marker = layout.markers[i];
+        auto const position = static_cast<std::size_t>(marker.position);
+        to = Write(to, layout.text.substr(copied, position - copied));
+        to = Write(to, replacementOf(marker));
+        copied = position + static_cast<std::size_t>(marker.length);
+    }
+    Write(to, layout.text.substr(copied));
+    return result;
+}
+
+} // namespace TFormatDetail

@@ -1,0 +1,172 @@
+#include "korcoreplatform/main/core/runtime/TUUID.h"
+
+#include "korcoreplatform/main/string/TString.h"
+#include "korcoreplatform/tests/support/KorTest.h"
+
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+#include <QString>
+
+#include <random>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace {
+
+constexpr char kTooShort[] = "KorvelException_AutoGen_0x318CE3BA";
+constexpr char kNotANumber[] = "KorvelException_AutoGen_0x9B4122E9";
+
+std::vector<unsigned char> RandomBytes(std::mt19937& random)
+{
+    std::vector<unsigned char> bytes(16);
+    for (unsigned char& byte : bytes) {
+        byte = static_cast<unsigned char>(random());
+    }
+    return bytes;
+}
+
+TEST(TUUIDTest, EveryTextFormWritesTheFieldsInOrder)
+{
+    struct Case
+    {
+        int line;
+        char16_t const* braced;
+        char16_t const* compact;
+        char16_t const* base36;
+        char16_t const* base64;
+    };
+    Case const cases[] = {
+        {__LINE__, u"{00000000-0000-0000-0000-000000000000}", u"00000000000000000000000000000000",
+         u"0000000000000000000000000000", u"0000000000000000000000"},
+        // Each field holds another value: swapped groups or bytes show up.
+        {__LINE__, u"{00000001-0002-0003-0004-000500000006}", u"00000001000200030004000500000006",
+         u"00000010002t4z0005m9x0000006", u"00000400w0300400k00006"},
+        // Every group at its widest.
+        {__LINE__, u"{FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF}", u"FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF",
+         u"1z141z31z141z31z141z31z141z3", u"f__________f__________"},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        TUUID const id(c.braced);
+        EXPECT_EQ(id.ToString(TUUIDFormatOption::Braced), TString(c.braced));
+        EXPECT_EQ(id.ToString(static_cast<TUUIDFormatOption>(9)), TString(c.braced));
+        EXPECT_EQ(id.ToString(TUUIDFormatOption::Compact), TString(c.compact));
+        EXPECT_EQ(id.ToString(TUUIDFormatOption::Base36), TString(c.base36));
+        EXPECT_EQ(id.ToString(TUUIDFormatOption::Base64), TString(c.base64));
+    }
+}
+
+TEST(TUUIDTest, FormsAgreeWithQtAndReadBackWhatTheyWrote)
+{
+    std::mt19937 random(301); // fixed seed: a failure can be run again
+    for (int i = 0; i < 1000; ++i) {
+        std::vector<unsigned char> const bytes = RandomBytes(random);
+        TUUID const id = TUUID::FromRFC4122(bytes);
+        QUuid const& qUuid = id;
+        QByteArray const qBytes(reinterpret_cast<char const*>(bytes.data()), 16);
+        ASSERT_EQ(qUuid, QUuid::fromRfc4122(qBytes)) << id;
+        ASSERT_EQ(id.ToRFC4122(), bytes) << id;
+        ASSERT_EQ(TString(id), TString(qUuid.toString().toUpper())) << id;
+        ASSERT_EQ(std::hash<TUUID>()(id), qHash(qUuid, 0)) << id;
+        TString const text = id.ToString(TUUIDFormatOption::Base36);
+        ASSERT_EQ(TUUID::FromBase36(text), id) << text;
+        ASSERT_EQ(TUUID::FromBase36(text.toUpper() + u"?"), id) << text;
+    }
+}
+
+TEST(TUUIDTest, TextsAreAcceptedAsQtAcceptsThem)
+{
+    constexpr char16_t kUnits[] = u"0fFgG{}- @`/:\0\u00E6\u0130\u0661\u0131\uFF10";
+    std::mt19937 random(302);
+    int accepted = 0;
+    for (int i = 0; i < 20000; ++i) {
+        TString text = TUUID::FromRFC4122(RandomBytes(random));
+        if (random() % 2 == 0) {
+            text = text.toLower().mid(1); // no opening brace
+        }
+        text.truncate(text.length() - static_cast<int>(random() % 4));
+        for (unsigned changes = random() % 3; changes > 0; --changes) {
+            int const at = static_cast<int>(random() % static_cast<unsigned>(text.length()));
+            text.replace(at, static_cast<int>(random() % 2), kUnits[random() % 19]);
+        }
+        QUuid const expected(text.toQString());
+        ASSERT_EQ(TUUID(text), TUUID(expected)) << text;
+        std::string const latin1 = text.toLatin1();
+        ASSERT_EQ(TUUID(latin1.c_str()), TUUID(QUuid(QByteArray(latin1.c_str())))) << text;
+        accepted += expected.isNull() ? 0 : 1;
+    }
+    EXPECT_GT(accepted, 2000); // both answers were compared
+    EXPECT_LT(accepted, 18000);
+    EXPECT_TRUE(TUUID(static_cast<char const*>(nullptr)).IsNull());
+    EXPECT_TRUE(TUUID(static_cast<char16_t const*>(nullptr)).IsNull());
+    EXPECT_TRUE(TUUID(u"00000001000200030004000500000006").IsNull());
+}
+
+TEST(TUUIDTest, BytesOtherThanSixteenGiveTheNullId)
+{
+    std::vector<unsigned char> const bytes(17, 1);
+    EXPECT_TRUE(TUUID::FromRFC4122(std::vector<unsigned char>(15, 1)).IsNull());
+    EXPECT_TRUE(TUUID::FromRFC4122(bytes).IsNull());
+    EXPECT_TRUE(TUUID::FromRFC4122(bytes.data(), 15).IsNull());
+    EXPECT_TRUE(TUUID::FromRFC4122(nullptr, 16).IsNull());
+    EXPECT_FALSE(TUUID::FromRFC4122(bytes.data(), 16).IsNull());
+}
+
+TEST(TUUIDTest, IdsOrderByVariantAndThenByField)
+{
+    TUUID const ordered[] = {
+        u"{FFFFFFFF-FFFF-FFFF-7FFF-FFFFFFFFFFFF}", // the variants come first
+        u"{00000001-0000-0000-8000-000000000000}", u"{00000001-0000-0000-8000-000000000001}",
+        u"{00000001-0001-0000-8000-000000000000}", u"{00000002-0000-0000-8000-000000000000}",
+        u"{00000000-0000-0000-C000-000000000000}",
+    };
+    for (TUUID const& a : ordered) {
+        for (TUUID const& b : ordered) {
+            SCOPED_TRACE(testing::Message() << a << " and " << b);
+            EXPECT_EQ(a == b, &a == &b);
+            EXPECT_EQ(a != b, &a != &b);
+            EXPECT_EQ(a < b, &a < &b);
+            EXPECT_EQ(a > b, &a > &b);
+            EXPECT_EQ(a <= b, &a <= &b);
+            EXPECT_EQ(a >= b, &a >= &b);
+        }
+    }
+}
+
+TEST(TUUIDTest, CreatedIdsAreRandomAndDiffer)
+{
+    std::unordered_set<TUUID> ids;
+    for (int i = 0; i < 100; ++i) {
+        TUUID const id = TUUID::CreateUUID();
+        EXPECT_EQ(static_cast<QUuid const&>(id).version(), QUuid::Random);
+        EXPECT_TRUE(ids.insert(id).second) << id;
+    }
+}
+
+TEST(TUUIDTest, FromBase36RejectsBadTextWithItsOwnError)
+{
+    struct Case
+    {
+        int line;
+        char16_t const* text;
+        char const* errorId;
+    };
+    Case const cases[] = {
+        {__LINE__, u"", kTooShort},
+        {__LINE__, u"000000000000000000000000000", kTooShort}, // 27 characters
+        {__LINE__, u"!!!!!!!!!!!!!!!!!!!!!!!!!!!", kTooShort},
+        {__LINE__, u"000000000000000000000000000!", kNotANumber}, // not a base-36 digit
+        {__LINE__, u"!000000000000000000000000000",
+         kNotANumber}, // later groups do not make it good
+        {__LINE__, u"0000000       00000000000000", kNotANumber},
+        {__LINE__, u"0000000000000000000001z141z4", kNotANumber}, // one more than 32 bits hold
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        EXPECT_KOR_ERROR(TUUID::FromBase36(c.text), KorvelException, c.errorId);
+    }
+}
+
+} // namespace
