@@ -27,8 +27,7 @@ struct Texts
     explicit Texts(std::u16string const& text)
         : std(text), ours(TString::fromStdU16String(text)), qt(QString::fromStdU16String(text)),
           icu(text.data(), int32_t(text.size()))
-    {
-    }
+    {}
 
     std::u16string std;
     TString ours;
@@ -39,10 +38,30 @@ struct Texts
 bool MakeAndCopy()
 {
     Row("default constructor, then move", 1.0)
-        .Ours(Repeat([] { TString a; benchmark::DoNotOptimize(a); TString b(std::move(a)); return b; }))
-        .Peer("QString", Repeat([] { QString a; benchmark::DoNotOptimize(a); QString b(std::move(a)); return b; }))
-        .Peer("ICU", Repeat([] { icu::UnicodeString a; benchmark::DoNotOptimize(a); icu::UnicodeString b(std::move(a)); return b; }))
-        .Peer("std", Repeat([] { std::u16string a; benchmark::DoNotOptimize(a); std::u16string b(std::move(a)); return b; }));
+        .Ours(Repeat([] {
+            TString a;
+            benchmark::DoNotOptimize(a);
+            TString b(std::move(a));
+            return b;
+        }))
+        .Peer("QString", Repeat([] {
+                  QString a;
+                  benchmark::DoNotOptimize(a);
+                  QString b(std::move(a));
+                  return b;
+              }))
+        .Peer("ICU", Repeat([] {
+                  icu::UnicodeString a;
+                  benchmark::DoNotOptimize(a);
+                  icu::UnicodeString b(std::move(a));
+                  return b;
+              }))
+        .Peer("std", Repeat([] {
+                  std::u16string a;
+                  benchmark::DoNotOptimize(a);
+                  std::u16string b(std::move(a));
+                  return b;
+              }));
     for (int n : {10, 60, 1000}) {
         Texts const t(SampleTexts::Words(n));
         Row("copy of " + std::to_string(n) + " units", n == 10 ? 0.5 : 1.0)
@@ -54,7 +73,9 @@ bool MakeAndCopy()
     std::u16string const ten = SampleTexts::Words(10);
     Row("construct from 10 units", 0.5)
         .Ours(Repeat([ten] { return TString(ten.data(), int(ten.size())); }))
-        .Peer("QString", Repeat([ten] { return QString(reinterpret_cast<QChar const*>(ten.data()), int(ten.size())); }))
+        .Peer("QString", Repeat([ten] {
+                  return QString(reinterpret_cast<QChar const*>(ten.data()), int(ten.size()));
+              }))
         .Peer("ICU", Repeat([ten] { return icu::UnicodeString(ten.data(), int(ten.size())); }))
         .Peer("std", Repeat([ten] { return std::u16string(ten.data(), ten.size()); }));
     return true;
@@ -63,16 +84,64 @@ bool MakeAndCopy()
 bool AppendAndConcatenate()
 {
     Row("append one unit up to 1000", 1.0)
-        .Ours(Repeat([] { TString s; for (int i = 0; i < 1000; ++i) { s.append(char16_t(u'a' + (i & 15))); } return s; }))
-        .Peer("QString", Repeat([] { QString s; for (int i = 0; i < 1000; ++i) { s.append(QChar(u'a' + (i & 15))); } return s; }))
-        .Peer("ICU", Repeat([] { icu::UnicodeString s; for (int i = 0; i < 1000; ++i) { s.append(char16_t(u'a' + (i & 15))); } return s; }))
-        .Peer("std", Repeat([] { std::u16string s; for (int i = 0; i < 1000; ++i) { s.push_back(char16_t(u'a' + (i & 15))); } return s; }));
+        .Ours(Repeat([] {
+            TString s;
+            for (int i = 0; i < 1000; ++i) {
+                s.append(char16_t(u'a' + (i & 15)));
+            }
+            return s;
+        }))
+        .Peer("QString", Repeat([] {
+                  QString s;
+                  for (int i = 0; i < 1000; ++i) {
+                      s.append(QChar(u'a' + (i & 15)));
+                  }
+                  return s;
+              }))
+        .Peer("ICU", Repeat([] {
+                  icu::UnicodeString s;
+                  for (int i = 0; i < 1000; ++i) {
+                      s.append(char16_t(u'a' + (i & 15)));
+                  }
+                  return s;
+              }))
+        .Peer("std", Repeat([] {
+                  std::u16string s;
+                  for (int i = 0; i < 1000; ++i) {
+                      s.push_back(char16_t(u'a' + (i & 15)));
+                  }
+                  return s;
+              }));
     Texts const ten(SampleTexts::Words(10));
     Row("append ten units up to 1000", 1.0)
-        .Ours(Repeat([ten] { TString s; for (int i = 0; i < 100; ++i) { s.append(ten.ours); } return s; }))
-        .Peer("QString", Repeat([ten] { QString s; for (int i = 0; i < 100; ++i) { s.append(ten.qt); } return s; }))
-        .Peer("ICU", Repeat([ten] { icu::UnicodeString s; for (int i = 0; i < 100; ++i) { s.append(ten.icu); } return s; }))
-        .Peer("std", Repeat([ten] { std::u16string s; for (int i = 0; i < 100; ++i) { s.append(ten.std); } return s; }));
+        .Ours(Repeat([ten] {
+            TString s;
+            for (int i = 0; i < 100; ++i) {
+                s.append(ten.ours);
+            }
+            return s;
+        }))
+        .Peer("QString", Repeat([ten] {
+                  QString s;
+                  for (int i = 0; i < 100; ++i) {
+                      s.append(ten.qt);
+                  }
+                  return s;
+              }))
+        .Peer("ICU", Repeat([ten] {
+                  icu::UnicodeString s;
+                  for (int i = 0; i < 100; ++i) {
+                      s.append(ten.icu);
+                  }
+                  return s;
+              }))
+        .Peer("std", Repeat([ten] {
+                  std::u16string s;
+                  for (int i = 0; i < 100; ++i) {
+                      s.append(ten.std);
+                  }
+                  return s;
+              }));
     for (int n : {4, 20}) {
         Texts const a(SampleTexts::Words(n));
         Texts const b(SampleTexts::Words(n, 2));
@@ -131,7 +200,8 @@ bool Find()
         .Peer("std", Repeat([=] { return text.std.find(unit); }));
     Row("find a unit without case, miss, 1000", 0.5)
         .Ours(Repeat([=] { return text.ours.indexOf(letter, 0, TString::CaseInsensitive); }))
-        .Peer("QString", Repeat([=] { return text.qt.indexOf(QChar(letter), 0, Qt::CaseInsensitive); }));
+        .Peer("QString",
+              Repeat([=] { return text.qt.indexOf(QChar(letter), 0, Qt::CaseInsensitive); }));
     for (bool hit : {false, true}) {
         Texts const& in = hit ? lateHit : text;
         std::string const how = hit ? "late hit" : "miss";
@@ -142,7 +212,8 @@ bool Find()
             .Peer("std", Repeat([=] { return in.std.find(needle.std); }));
         Row("find 8 units without case, " + how + ", 1000", 0.5)
             .Ours(Repeat([=] { return in.ours.indexOf(folded.ours, 0, TString::CaseInsensitive); }))
-            .Peer("QString", Repeat([=] { return in.qt.indexOf(folded.qt, 0, Qt::CaseInsensitive); }));
+            .Peer("QString",
+                  Repeat([=] { return in.qt.indexOf(folded.qt, 0, Qt::CaseInsensitive); }));
     }
     return true;
 }
@@ -170,7 +241,8 @@ bool MapCase()
         Row("toLower " + sample.name, sample.mark)
             .Ours(Repeat([upper] { return upper.ours.toLower(); }))
             .Peer("QString", Repeat([upper] { return upper.qt.toLower(); }))
-            .Peer("ICU", Repeat([upper, root] { return icu::UnicodeString(upper.icu).toLower(root); }));
+            .Peer("ICU",
+                  Repeat([upper, root] { return icu::UnicodeString(upper.icu).toLower(root); }));
     }
     return true;
 }
@@ -179,7 +251,8 @@ bool MapCase()
 std::u16string StdReplaced(std::u16string text, std::u16string const& before,
                            std::u16string const& after)
 {
-    for (std::size_t at = text.find(before); at != text.npos; at = text.find(before, at + after.size())) {
+    for (std::size_t at = text.find(before); at != text.npos;
+         at = text.find(before, at + after.size())) {
         text.replace(at, before.size(), after);
     }
     return text;
@@ -206,12 +279,16 @@ bool SplitJoinReplace()
     Row("replace of 99 hits", 0.9)
         .Ours(Repeat([=] { return TString(t.ours).replace(before.ours, after.ours); }))
         .Peer("QString", Repeat([=] { return QString(t.qt).replace(before.qt, after.qt); }))
-        .Peer("ICU", Repeat([=] { return icu::UnicodeString(t.icu).findAndReplace(before.icu, after.icu); }))
+        .Peer("ICU", Repeat([=] {
+                  return icu::UnicodeString(t.icu).findAndReplace(before.icu, after.icu);
+              }))
         .Peer("std", Repeat([=] { return StdReplaced(t.std, before.std, after.std); }));
     Row("replace with no hit", 0.8)
         .Ours(Repeat([=] { return TString(t.ours).replace(absent.ours, after.ours); }))
         .Peer("QString", Repeat([=] { return QString(t.qt).replace(absent.qt, after.qt); }))
-        .Peer("ICU", Repeat([=] { return icu::UnicodeString(t.icu).findAndReplace(absent.icu, after.icu); }))
+        .Peer("ICU", Repeat([=] {
+                  return icu::UnicodeString(t.icu).findAndReplace(absent.icu, after.icu);
+              }))
         .Peer("std", Repeat([=] { return StdReplaced(t.std, absent.std, after.std); }));
     return true;
 }

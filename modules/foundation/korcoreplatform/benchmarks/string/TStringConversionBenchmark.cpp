@@ -104,18 +104,19 @@ bool WriteNumbers()
         .Ours(ForEach(Integers(), [](int v) { return TString::number(v); }))
         .Peer("QString", ForEach(Integers(), [](int v) { return QString::number(v); }))
         .Peer("std", ForEach(Integers(), [](int v) {
-            std::array<char, 16> buffer;
-            std::to_chars(buffer.data(), buffer.data() + buffer.size(), v);
-            return buffer;
-        }));
+                  std::array<char, 16> buffer;
+                  std::to_chars(buffer.data(), buffer.data() + buffer.size(), v);
+                  return buffer;
+              }));
     Row("number(double, 'g', 6)", 1.1)
         .Ours(ForEach(Doubles(), [](double v) { return TString::number(v, 'g', 6); }))
         .Peer("QString", ForEach(Doubles(), [](double v) { return QString::number(v, 'g', 6); }))
         .Peer("std", ForEach(Doubles(), [](double v) {
-            std::array<char, 32> buffer;
-            std::to_chars(buffer.data(), buffer.data() + buffer.size(), v, std::chars_format::general, 6);
-            return buffer;
-        }));
+                  std::array<char, 32> buffer;
+                  std::to_chars(buffer.data(), buffer.data() + buffer.size(), v,
+                                std::chars_format::general, 6);
+                  return buffer;
+              }));
     return true;
 }
 
@@ -132,12 +133,14 @@ bool ReadNumbers()
     std::vector<std::string> const integers = NarrowAll(Integers());
     Row("toInt", 1.0)
         .Ours(ForEach(Converted<TString>(integers), [](TString const& s) { return s.toInt(); }))
-        .Peer("QString", ForEach(Converted<QString>(integers), [](QString const& s) { return s.toInt(); }))
+        .Peer("QString",
+              ForEach(Converted<QString>(integers), [](QString const& s) { return s.toInt(); }))
         .Peer("std", ForEach(integers, &StdRead<int>));
     std::vector<std::string> const doubles = NarrowAll(Doubles());
     Row("toDouble", 1.1)
         .Ours(ForEach(Converted<TString>(doubles), [](TString const& s) { return s.toDouble(); }))
-        .Peer("QString", ForEach(Converted<QString>(doubles), [](QString const& s) { return s.toDouble(); }))
+        .Peer("QString",
+              ForEach(Converted<QString>(doubles), [](QString const& s) { return s.toDouble(); }))
         .Peer("std", ForEach(doubles, &StdRead<double>));
     return true;
 }
@@ -150,12 +153,17 @@ void Utf8Rows(std::string const& name, std::u16string const& units, double mark)
     std::string const bytes = ours.toStdString();
     Row("fromUtf8 " + name, mark)
         .Ours(Repeat([bytes] { return TString::fromUtf8(bytes.data(), int(bytes.size())); }))
-        .Peer("QString", Repeat([bytes] { return QString::fromUtf8(bytes.data(), int(bytes.size())); }))
+        .Peer("QString",
+              Repeat([bytes] { return QString::fromUtf8(bytes.data(), int(bytes.size())); }))
         .Peer("ICU", Repeat([bytes] { return icu::UnicodeString::fromUTF8(bytes); }));
     Row("toUtf8 " + name, mark)
         .Ours(Repeat([ours] { return ours.toStdString(); }))
         .Peer("QString", Repeat([qt] { return qt.toUtf8(); }))
-        .Peer("ICU", Repeat([icu] { std::string out; icu.toUTF8String(out); return out; }));
+        .Peer("ICU", Repeat([icu] {
+                  std::string out;
+                  icu.toUTF8String(out);
+                  return out;
+              }));
 }
 
 bool Encodings()
@@ -173,7 +181,8 @@ bool Encodings()
     std::string const bytes = ours.toLatin1();
     Row("fromLatin1 1000", 1.0)
         .Ours(Repeat([bytes] { return TString::fromLatin1(bytes.data(), int(bytes.size())); }))
-        .Peer("QString", Repeat([bytes] { return QString::fromLatin1(bytes.data(), int(bytes.size())); }));
+        .Peer("QString",
+              Repeat([bytes] { return QString::fromLatin1(bytes.data(), int(bytes.size())); }));
     Row("toLatin1 1000", 1.0)
         .Ours(Repeat([ours] { return ours.toLatin1(); }))
         .Peer("QString", Repeat([qt] { return qt.toLatin1(); }));

@@ -127,9 +127,9 @@ Row& Row::Peer(std::string peer, Task task)
 int main(int argc, char** argv)
 {
     // Interleaved rounds, so that a machine whose speed drifts is equally unfair to all.
-    std::vector<std::string> arguments = {
-        argv[0], "--benchmark_repetitions=5", "--benchmark_enable_random_interleaving=true",
-        "--benchmark_min_time=0.03"};
+    std::vector<std::string> arguments = {argv[0], "--benchmark_repetitions=5",
+                                          "--benchmark_enable_random_interleaving=true",
+                                          "--benchmark_min_time=0.03"};
     arguments.insert(arguments.end(), argv + 1, argv + argc);
     std::vector<char*> pointers;
     for (std::string& argument : arguments) {

@@ -11,8 +11,8 @@ std::u16string Words(int units, unsigned seed = 1);
 
 std::u16string Cyrillic(int units); ///< Lower-case words and blanks.
 std::u16string Greek(int units);
-std::u16string Latin(int units);    ///< Words of which one letter in eight has an accent.
-std::u16string Chinese(int units);  ///< Ideographs with a full stop here and there.
-std::u16string Emoji(int units);    ///< Surrogate pairs; `units` is even.
+std::u16string Latin(int units);   ///< Words of which one letter in eight has an accent.
+std::u16string Chinese(int units); ///< Ideographs with a full stop here and there.
+std::u16string Emoji(int units);   ///< Surrogate pairs; `units` is even.
 
 } // namespace SampleTexts

@@ -55,7 +55,10 @@ public:
     TString& operator=(TString const&) noexcept = default;
     TString& operator=(TString&&) noexcept = default;
     TString& operator=(TStringCore const& text) noexcept { return assign(text); }
-    TString& operator=(TStringCore&& text) noexcept { return assign(static_cast<TStringCore&&>(text)); }
+    TString& operator=(TStringCore&& text) noexcept
+    {
+        return assign(static_cast<TStringCore&&>(text));
+    }
     TString& operator=(char16_t const* text) { return assign(text); }
     TString& operator=(char const* text) { return assign(text); }
     TString& operator=(char16_t c) { return assign(c, 1); }
@@ -68,7 +71,10 @@ public:
     {
         return self(TStringCore::assign(static_cast<TStringCore&&>(text)));
     }
-    TString& assign(char16_t const* text, int len = -1) { return self(TStringCore::assign(text, len)); }
+    TString& assign(char16_t const* text, int len = -1)
+    {
+        return self(TStringCore::assign(text, len));
+    }
     TString& assign(char const* text, int len = -1) { return self(TStringCore::assign(text, len)); }
     TString& assign(char16_t c, int n) { return self(TStringCore::assign(c, n)); }
     TString& assign(char c, int n) { return self(TStringCore::assign(c, n)); }
@@ -89,7 +95,10 @@ public:
     // Append, insert, remove
 
     TString& append(TString const& text) { return self(TStringCore::append(text)); }
-    TString& append(char16_t const* text, int len = -1) { return self(TStringCore::append(text, len)); }
+    TString& append(char16_t const* text, int len = -1)
+    {
+        return self(TStringCore::append(text, len));
+    }
     TString& append(char const* text, int len = -1) { return self(TStringCore::append(text, len)); }
     TString& append(char16_t c) { return self(TStringCore::append(c)); }
     TString& append(char c) { return self(TStringCore::append(c)); }
@@ -102,7 +111,10 @@ public:
     TString& operator+=(QString const& text);
     TString& operator+=(QByteArray const& utf8);
     TString& prepend(TString const& text) { return self(TStringCore::prepend(text)); }
-    TString& prepend(char16_t const* text, int len = -1) { return self(TStringCore::prepend(text, len)); }
+    TString& prepend(char16_t const* text, int len = -1)
+    {
+        return self(TStringCore::prepend(text, len));
+    }
     TString& prepend(char16_t c) { return self(TStringCore::prepend(c)); }
 
     TString& insert(int pos, TString const& text) { return self(TStringCore::insert(pos, text)); }
@@ -136,7 +148,10 @@ public:
     TString& removeAll(QRegularExpression const& expression);
     TString& removeAnyOf(char16_t const* set) { return self(TStringCore::removeAnyOf(set)); }
     TString& removeAnyOf(TString const& set) { return self(TStringCore::removeAnyOf(set)); }
-    TString& removeAnyOf(char16_t const* set, int len) { return self(TStringCore::removeAnyOf(set, len)); }
+    TString& removeAnyOf(char16_t const* set, int len)
+    {
+        return self(TStringCore::removeAnyOf(set, len));
+    }
 
     TString& replace(int pos, int n, TString const& after)
     {
@@ -146,7 +161,10 @@ public:
     {
         return self(TStringCore::replace(pos, n, after, len));
     }
-    TString& replace(int pos, int n, char16_t after) { return self(TStringCore::replace(pos, n, after)); }
+    TString& replace(int pos, int n, char16_t after)
+    {
+        return self(TStringCore::replace(pos, n, after));
+    }
     TString& replace(char16_t before, char16_t after, CaseSensitivity cs = CaseSensitive)
     {
         return self(TStringCore::replace(before, after, cs));
@@ -155,19 +173,23 @@ public:
     {
         return self(TStringCore::replace(before, after, cs));
     }
-    TString& replace(TString const& before, TString const& after, CaseSensitivity cs = CaseSensitive)
+    TString& replace(TString const& before, TString const& after,
+                     CaseSensitivity cs = CaseSensitive)
     {
         return self(TStringCore::replace(before, after, cs));
     }
-    TString& replace(char16_t const* before, char16_t const* after, CaseSensitivity cs = CaseSensitive)
+    TString& replace(char16_t const* before, char16_t const* after,
+                     CaseSensitivity cs = CaseSensitive)
     {
         return self(TStringCore::replace(before, after, cs));
     }
-    TString& replace(TString const& before, char16_t const* after, CaseSensitivity cs = CaseSensitive)
+    TString& replace(TString const& before, char16_t const* after,
+                     CaseSensitivity cs = CaseSensitive)
     {
         return self(TStringCore::replace(before, after, cs));
     }
-    TString& replace(char16_t const* before, TString const& after, CaseSensitivity cs = CaseSensitive)
+    TString& replace(char16_t const* before, TString const& after,
+                     CaseSensitivity cs = CaseSensitive)
     {
         return self(TStringCore::replace(before, after, cs));
     }
@@ -209,8 +231,14 @@ public:
     }
     int compare(QString const& other, CaseSensitivity cs = CaseSensitive) const;
 
-    bool operator==(TString const& other) const noexcept { return equals(other.constData(), other.length()); }
-    bool operator==(TStringCore const& other) const noexcept { return equals(other.constData(), other.length()); }
+    bool operator==(TString const& other) const noexcept
+    {
+        return equals(other.constData(), other.length());
+    }
+    bool operator==(TStringCore const& other) const noexcept
+    {
+        return equals(other.constData(), other.length());
+    }
     bool operator==(char16_t const* other) const noexcept { return equals(other, length(other)); }
     bool operator==(char16_t other) const noexcept { return equals(&other, 1); }
     bool operator==(QString const& other) const;
@@ -346,7 +374,8 @@ public:
     TString left(int n) const { return taken<TString>(leftPart(n)); }
     TString right(int n) const { return taken<TString>(rightPart(n)); }
     TString mid(int pos, int n = -1) const { return taken<TString>(midPart(pos, n)); }
-    TString section(char16_t sep, int start, int end = -1, SectionFlags flags = SectionDefault) const
+    TString section(char16_t sep, int start, int end = -1,
+                    SectionFlags flags = SectionDefault) const
     {
         return TStringCore::section(sep, start, end, flags);
     }
@@ -371,7 +400,8 @@ public:
     std::vector<TString> split(char16_t sep, SplitBehavior behavior = KeepEmptyParts,
                                CaseSensitivity cs = CaseSensitive) const;
     using TStringCore::split;
-    std::vector<TString> splitOnAny(TString const& set, SplitBehavior behavior = KeepEmptyParts) const;
+    std::vector<TString> splitOnAny(TString const& set,
+                                    SplitBehavior behavior = KeepEmptyParts) const;
     std::vector<TString> splitOnAny(char16_t const* set,
                                     SplitBehavior behavior = KeepEmptyParts) const;
     TString tokenize(char16_t sep, int& pos, SplitBehavior behavior = KeepEmptyParts) const
@@ -510,7 +540,8 @@ public:
         result.setNum(v, base, fieldWidth, fill);
         return result;
     }
-    static TString number(unsigned long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    static TString number(unsigned long long v, int base = 10, int fieldWidth = 0,
+                          char16_t fill = u' ')
     {
         TString result;
         result.setNum(v, base, fieldWidth, fill);
@@ -531,22 +562,46 @@ public:
     // Encodings
 
     static TString fromUtf8(char const* text, int len = -1) { return TString(text, len); }
-    static TString fromUtf16(char16_t const* text, int len = -1) { return TStringCore::fromUtf16(text, len); }
-    static TString fromUtf32(char32_t const* text, int len = -1) { return TStringCore::fromUtf32(text, len); }
-    static TString fromLatin1(char const* text, int len = -1) { return TStringCore::fromLatin1(text, len); }
-    static TString fromLatin9(char const* text, int len = -1) { return TStringCore::fromLatin9(text, len); }
+    static TString fromUtf16(char16_t const* text, int len = -1)
+    {
+        return TStringCore::fromUtf16(text, len);
+    }
+    static TString fromUtf32(char32_t const* text, int len = -1)
+    {
+        return TStringCore::fromUtf32(text, len);
+    }
+    static TString fromLatin1(char const* text, int len = -1)
+    {
+        return TStringCore::fromLatin1(text, len);
+    }
+    static TString fromLatin9(char const* text, int len = -1)
+    {
+        return TStringCore::fromLatin9(text, len);
+    }
     static TString fromLocal8Bit(char const* text, int len = -1)
     {
         return TStringCore::fromLocal8Bit(text, len);
     }
-    static TString fromWChar(wchar_t const* text, int len = -1) { return TStringCore::fromWChar(text, len); }
-    static TString fromStdString(std::string const& text) { return TStringCore::fromStdString(text); }
+    static TString fromWChar(wchar_t const* text, int len = -1)
+    {
+        return TStringCore::fromWChar(text, len);
+    }
+    static TString fromStdString(std::string const& text)
+    {
+        return TStringCore::fromStdString(text);
+    }
     static TString fromStdU16String(std::u16string const& text)
     {
         return TStringCore::fromStdU16String(text);
     }
-    static TString fromStdUString(std::u32string const& text) { return TStringCore::fromStdUString(text); }
-    static TString fromStdWString(std::wstring const& text) { return TStringCore::fromStdWString(text); }
+    static TString fromStdUString(std::u32string const& text)
+    {
+        return TStringCore::fromStdUString(text);
+    }
+    static TString fromStdWString(std::wstring const& text)
+    {
+        return TStringCore::fromStdWString(text);
+    }
     static TString fromQString(QString const& text);
 
     /// Decodes bytes up to the zero with the codec that Qt knows by `encodingName`; UTF-8 when it
@@ -574,10 +629,22 @@ public:
     int Delete(int pos, int n = 1) { return removeAt(pos, n).length(); }
     int Remove(char16_t c); ///< Returns how many there were.
     int Replace(char16_t before, char16_t after);
-    int Replace(TString const& before, TString const& after) { return replaceCount(*this, before, after); }
-    int Replace(char16_t const* before, char16_t const* after) { return replaceCount(*this, before, after); }
-    int Replace(TString const& before, char16_t const* after) { return replaceCount(*this, before, after); }
-    int Replace(char16_t const* before, TString const& after) { return replaceCount(*this, before, after); }
+    int Replace(TString const& before, TString const& after)
+    {
+        return replaceCount(*this, before, after);
+    }
+    int Replace(char16_t const* before, char16_t const* after)
+    {
+        return replaceCount(*this, before, after);
+    }
+    int Replace(TString const& before, char16_t const* after)
+    {
+        return replaceCount(*this, before, after);
+    }
+    int Replace(char16_t const* before, TString const& after)
+    {
+        return replaceCount(*this, before, after);
+    }
     int Find(TString const& text, int from = 0) const { return indexOf(text, from); }
     int Find(char16_t const* text, int from = 0) const { return indexOf(text, from); }
     int Find(char16_t c, int from = 0) const { return indexOf(c, from); }
@@ -633,23 +700,71 @@ KORCOREPLATFORM_EXPORT TString operator+(TString const& a, QString const& b);
 KORCOREPLATFORM_EXPORT TString operator+(QString const& a, TString const& b);
 
 // A result that is added to goes on in its own block.
-inline TString operator+(TString&& a, TString const& b) { return static_cast<TString&&>(a.append(b)); }
-inline TString operator+(TString&& a, char16_t const* b) { return static_cast<TString&&>(a.append(b)); }
-inline TString operator+(TString&& a, char16_t b) { return static_cast<TString&&>(a.append(b)); }
-inline TString operator+(TString&& a, QString const& b) { return static_cast<TString&&>(a.append(TString(b))); }
+inline TString operator+(TString&& a, TString const& b)
+{
+    return static_cast<TString&&>(a.append(b));
+}
+inline TString operator+(TString&& a, char16_t const* b)
+{
+    return static_cast<TString&&>(a.append(b));
+}
+inline TString operator+(TString&& a, char16_t b)
+{
+    return static_cast<TString&&>(a.append(b));
+}
+inline TString operator+(TString&& a, QString const& b)
+{
+    return static_cast<TString&&>(a.append(TString(b)));
+}
 
-inline bool operator==(char16_t const* a, TString const& b) noexcept { return b == a; }
-inline bool operator!=(char16_t const* a, TString const& b) noexcept { return b != a; }
-inline bool operator<(char16_t const* a, TString const& b) { return b > a; }
-inline bool operator<=(char16_t const* a, TString const& b) { return b >= a; }
-inline bool operator>(char16_t const* a, TString const& b) { return b < a; }
-inline bool operator>=(char16_t const* a, TString const& b) { return b <= a; }
-inline bool operator==(char16_t a, TString const& b) noexcept { return b == a; }
-inline bool operator!=(char16_t a, TString const& b) noexcept { return b != a; }
-inline bool operator<(char16_t a, TString const& b) { return b > a; }
-inline bool operator<=(char16_t a, TString const& b) { return b >= a; }
-inline bool operator>(char16_t a, TString const& b) { return b < a; }
-inline bool operator>=(char16_t a, TString const& b) { return b <= a; }
+inline bool operator==(char16_t const* a, TString const& b) noexcept
+{
+    return b == a;
+}
+inline bool operator!=(char16_t const* a, TString const& b) noexcept
+{
+    return b != a;
+}
+inline bool operator<(char16_t const* a, TString const& b)
+{
+    return b > a;
+}
+inline bool operator<=(char16_t const* a, TString const& b)
+{
+    return b >= a;
+}
+inline bool operator>(char16_t const* a, TString const& b)
+{
+    return b < a;
+}
+inline bool operator>=(char16_t const* a, TString const& b)
+{
+    return b <= a;
+}
+inline bool operator==(char16_t a, TString const& b) noexcept
+{
+    return b == a;
+}
+inline bool operator!=(char16_t a, TString const& b) noexcept
+{
+    return b != a;
+}
+inline bool operator<(char16_t a, TString const& b)
+{
+    return b > a;
+}
+inline bool operator<=(char16_t a, TString const& b)
+{
+    return b >= a;
+}
+inline bool operator>(char16_t a, TString const& b)
+{
+    return b < a;
+}
+inline bool operator>=(char16_t a, TString const& b)
+{
+    return b <= a;
+}
 
 /// Writes the text as UTF-8; a stream's width and fill count bytes.
 KORCOREPLATFORM_EXPORT std::ostream& operator<<(std::ostream& out, TString const& text);
@@ -657,5 +772,4 @@ KORCOREPLATFORM_EXPORT std::ostream& operator<<(std::ostream& out, TString const
 /// The hash of a text depends on its units alone: `THash32` of its bytes with seed 0xDEADBEEF.
 template <>
 struct std::hash<TString> : std::hash<TStringCore>
-{
-};
+{};

@@ -33,10 +33,7 @@ struct Arguments
     {
         return withCase ? TString::CaseSensitive : TString::CaseInsensitive;
     }
-    Qt::CaseSensitivity qCs() const
-    {
-        return withCase ? Qt::CaseSensitive : Qt::CaseInsensitive;
-    }
+    Qt::CaseSensitivity qCs() const { return withCase ? Qt::CaseSensitive : Qt::CaseInsensitive; }
     QChar qUnit() const { return QChar(unit); }
 };
 
@@ -96,7 +93,8 @@ struct Operation
 // One line a member; the arguments are named alike so that the two sides read alike.
 #define SAME(name, ours, qts)                                                                      \
     {                                                                                              \
-        name, [](Arguments const& a) { return Of(ours); }, [](Arguments const& a) { return Of(qts); } \
+        name, [](Arguments const& a) { return Of(ours); },                                         \
+            [](Arguments const& a) { return Of(qts); }                                             \
     }
 #define SAME_CHANGE(name, ours, qts)                                                               \
     {                                                                                              \
@@ -134,33 +132,46 @@ QString::SectionFlags QFlags(Arguments const& a)
 }
 
 std::vector<Operation> const kQuestions = {
-    SAME("compare", Sign(a.text.compare(a.other, a.cs())), Sign(a.qText.compare(a.qOther, a.qCs()))),
-    SAME("compare QString", Sign(a.text.compare(a.qOther, a.cs())), Sign(a.qText.compare(a.qOther, a.qCs()))),
+    SAME("compare", Sign(a.text.compare(a.other, a.cs())),
+         Sign(a.qText.compare(a.qOther, a.qCs()))),
+    SAME("compare QString", Sign(a.text.compare(a.qOther, a.cs())),
+         Sign(a.qText.compare(a.qOther, a.qCs()))),
     SAME("<", int(a.text < a.other), int(a.qText < a.qOther)),
     SAME(">= unit", int(a.text >= a.unit), int(a.qText >= QString(a.qUnit()))),
     SAME("==", int(a.text == a.other), int(a.qText == a.qOther)),
     SAME("indexOf", a.text.indexOf(a.other, std::max(a.i, -a.text.length()), a.cs()),
          a.qText.indexOf(a.qOther, std::max(a.i, -a.qText.length()), a.qCs())),
-    SAME("indexOf unit", a.text.indexOf(a.unit, a.i, a.cs()), a.qText.indexOf(a.qUnit(), a.i, a.qCs())),
-    SAME("lastIndexOf", a.text.lastIndexOf(a.other, a.i, a.cs()), a.qText.lastIndexOf(a.qOther, a.i, a.qCs())),
+    SAME("indexOf unit", a.text.indexOf(a.unit, a.i, a.cs()),
+         a.qText.indexOf(a.qUnit(), a.i, a.qCs())),
+    SAME("lastIndexOf", a.text.lastIndexOf(a.other, a.i, a.cs()),
+         a.qText.lastIndexOf(a.qOther, a.i, a.qCs())),
     SAME("lastIndexOf unit", a.text.lastIndexOf(a.unit, a.i, a.cs()),
          a.qText.lastIndexOf(a.qUnit(), a.i, a.qCs())),
-    SAME("contains", int(a.text.contains(a.other, a.cs())), int(a.qText.contains(a.qOther, a.qCs()))),
-    SAME("contains unit", int(a.text.contains(a.unit, a.cs())), int(a.qText.contains(a.qUnit(), a.qCs()))),
-    SAME("contains QString", int(a.text.contains(a.qOther, a.cs())), int(a.qText.contains(a.qOther, a.qCs()))),
+    SAME("contains", int(a.text.contains(a.other, a.cs())),
+         int(a.qText.contains(a.qOther, a.qCs()))),
+    SAME("contains unit", int(a.text.contains(a.unit, a.cs())),
+         int(a.qText.contains(a.qUnit(), a.qCs()))),
+    SAME("contains QString", int(a.text.contains(a.qOther, a.cs())),
+         int(a.qText.contains(a.qOther, a.qCs()))),
     SAME("count", a.text.count(a.other, a.cs()), a.qText.count(a.qOther, a.qCs())),
     SAME("count unit", a.text.count(a.unit, a.cs()), a.qText.count(a.qUnit(), a.qCs())),
-    SAME("startsWith", int(a.text.startsWith(a.other, a.cs())), int(a.qText.startsWith(a.qOther, a.qCs()))),
+    SAME("startsWith", int(a.text.startsWith(a.other, a.cs())),
+         int(a.qText.startsWith(a.qOther, a.qCs()))),
     SAME("startsWith unit", int(a.text.startsWith(a.unit, a.cs())),
          int(a.qText.startsWith(a.qUnit(), a.qCs()))),
-    SAME("endsWith", int(a.text.endsWith(a.other, a.cs())), int(a.qText.endsWith(a.qOther, a.qCs()))),
-    SAME("endsWith unit", int(a.text.endsWith(a.unit, a.cs())), int(a.qText.endsWith(a.qUnit(), a.qCs()))),
+    SAME("endsWith", int(a.text.endsWith(a.other, a.cs())),
+         int(a.qText.endsWith(a.qOther, a.qCs()))),
+    SAME("endsWith unit", int(a.text.endsWith(a.unit, a.cs())),
+         int(a.qText.endsWith(a.qUnit(), a.qCs()))),
     SAME("left", a.text.left(a.i), a.qText.left(a.i)),
     SAME("right", a.text.right(a.i), a.qText.right(a.i)),
     SAME("mid", a.text.mid(a.i, a.j), a.qText.mid(a.i, a.j)),
-    SAME("section", a.text.section(a.other, a.i, a.j, Flags(a)), a.qText.section(a.qOther, a.i, a.j, QFlags(a))),
-    SAME("section unit", a.text.section(u' ', a.i, a.j, Flags(a)), a.qText.section(' ', a.i, a.j, QFlags(a))),
-    SAME("split", a.text.split(a.other, Behavior(a), a.cs()), a.qText.split(a.qOther, QBehavior(a), a.qCs())),
+    SAME("section", a.text.section(a.other, a.i, a.j, Flags(a)),
+         a.qText.section(a.qOther, a.i, a.j, QFlags(a))),
+    SAME("section unit", a.text.section(u' ', a.i, a.j, Flags(a)),
+         a.qText.section(' ', a.i, a.j, QFlags(a))),
+    SAME("split", a.text.split(a.other, Behavior(a), a.cs()),
+         a.qText.split(a.qOther, QBehavior(a), a.qCs())),
     SAME("split unit", a.text.split(a.unit, Behavior(a), a.cs()),
          a.qText.split(a.qUnit(), QBehavior(a), a.qCs())),
     SAME("join", TString::join({a.text, a.third, a.other}, a.other),
@@ -175,7 +186,8 @@ std::vector<Operation> const kQuestions = {
     SAME("toUpper", a.text.toUpper(), a.qText.toUpper()),
     SAME("normalized", a.text.normalized(TString::NormalizationForm(a.unit % 4)),
          a.qText.normalized(QString::NormalizationForm(a.unit % 4))),
-    SAME("+", a.text + a.other + a.unit + a.third, QString(a.qText + a.qOther + a.qUnit() + a.qThird)),
+    SAME("+", a.text + a.other + a.unit + a.third,
+         QString(a.qText + a.qOther + a.qUnit() + a.qThird)),
     SAME("toStdU16String", a.text, a.qText),
     SAME("toLatin1", TString::fromLatin1(a.text.toLatin1().c_str()),
          QString::fromLatin1(a.qText.toLatin1())),
@@ -196,8 +208,10 @@ std::vector<Operation> const kChanges = {
     SAME_CHANGE("replace part", replace(a.i, std::max(a.j, 0), a.other),
                 replace(a.i, std::max(a.j, 0), a.qOther)),
     SAME_CHANGE("replace", replace(a.other, a.third, a.cs()), replace(a.qOther, a.qThird, a.qCs())),
-    SAME_CHANGE("replace by itself", replace(a.other, s, a.cs()), replace(a.qOther, QString(s), a.qCs())),
-    SAME_CHANGE("replace units", replace(a.unit, u'#', a.cs()), replace(a.qUnit(), QChar('#'), a.qCs())),
+    SAME_CHANGE("replace by itself", replace(a.other, s, a.cs()),
+                replace(a.qOther, QString(s), a.qCs())),
+    SAME_CHANGE("replace units", replace(a.unit, u'#', a.cs()),
+                replace(a.qUnit(), QChar('#'), a.qCs())),
     SAME_CHANGE("truncate", truncate(a.i), truncate(a.i)),
     SAME_CHANGE("chop", chop(a.i), chop(a.i)),
     SAME_CHANGE("fill", fill(a.unit, a.i), fill(a.qUnit(), a.i < 0 ? -1 : a.i)),
@@ -243,8 +257,9 @@ private:
     std::mt19937 m_random{20301};
     // a A b B blank and comma are the most frequent; then letters with unusual cases or foldings,
     // white space, a combining mark.
-    std::u16string m_units = u"aAbB ,kK\u212As\u017F\u00DF\u0130\u0131\u0442\u0422\u03C3\u03C2\u03A3"
-                             u"\u01C5\uFB01\u0301\u00A0\t\u2003z";
+    std::u16string m_units =
+        u"aAbB ,kK\u212As\u017F\u00DF\u0130\u0131\u0442\u0422\u03C3\u03C2\u03A3"
+        u"\u01C5\uFB01\u0301\u00A0\t\u2003z";
     uint m_astral[3] = {0x10400, 0x10428, 0x1F600}; // two letters of one case pair, no letter
 };
 

@@ -1,7 +1,7 @@
 #include "korcoreplatform/main/string/TString.h"
 
-#include "korsys/main/error/StringException.h"
 #include "korcoreplatform/tests/support/KorTest.h"
+#include "korsys/main/error/StringException.h"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +32,9 @@ TEST(TStringQtTest, TakesQtTextsInThreeWays)
     EXPECT_TRUE(TString(u"ca").contains(kWithZero));
     EXPECT_EQ(TString(u"-") += kWithZero, u"-a");
     // ... and bytes are UTF-8 up to the first zero byte.
-    QByteArray const bytes("\xC3\xA4" "b\0cd", 6);
+    QByteArray const bytes("\xC3\xA4"
+                           "b\0cd",
+                           6);
     EXPECT_EQ(TString(bytes), u"\u00E4b");
     EXPECT_EQ(TString(u"-") += bytes, u"-\u00E4b");
     TString assigned(u"old");
@@ -137,7 +139,8 @@ TEST(TStringLegacyTest, BuffersAreWrittenAndReleased)
     buffer[2] = u'!';
     text.ReleaseBuffer(3);
     EXPECT_EQ(text, u"So!");
-    EXPECT_KOR_ERROR(text.GetBufferSetLength(-1), StringException, "StringException_AutoGen_0xDBED6C12");
+    EXPECT_KOR_ERROR(text.GetBufferSetLength(-1), StringException,
+                     "StringException_AutoGen_0xDBED6C12");
     EXPECT_KOR_ERROR(text.ReleaseBuffer(text.capacity() + 1), StringException,
                      "StringException_AutoGen_0xDBED6C12");
     EXPECT_EQ(text, u"So!");

@@ -1,8 +1,8 @@
 #include "korsys/main/text/TStringCore.h"
 
 #include "korsys/main/text/CaseMapping_p.h"
-#include "korsys/main/text/TextConversion_p.h"
 #include "korsys/main/text/TStringErrors_p.h"
+#include "korsys/main/text/TextConversion_p.h"
 #include "korsys/main/text/UnitSearch_p.h"
 
 #include <algorithm>
@@ -12,8 +12,6 @@ using TStringErrors::CheckedLength;
 using TStringErrors::CheckedSum;
 
 namespace {
-
-constexpr char16_t kByteOrderMark = 0xFEFF;
 
 std::size_t BytesOf(int units)
 {
@@ -112,18 +110,6 @@ TStringCore Interleaved(TStringCore const& units, TStringCore const& text)
     }
     std::copy(text.cbegin(), text.cend(), to);
     return result;
-}
-
-int DropCarriageReturns(char16_t* text, int length)
-{
-    int kept = 0;
-    for (int i = 0; i < length; ++i) {
-        bool const beforeLineFeed = i + 1 < length && text[i + 1] == u'\n';
-        if (text[i] != u'\r' || !beforeLineFeed) {
-            text[kept++] = text[i];
-        }
-    }
-    return kept;
 }
 
 } // namespace
@@ -582,106 +568,4 @@ int TStringCore::compareN(char16_t const* a, char16_t const* b, int n, CaseSensi
     int const bLength = bounded(b);
     return cs == CaseSensitive ? UnitSearch::Compare(a, aLength, b, bLength)
                                : CaseMapping::CompareFolded(a, aLength, b, bLength);
-}
-
-// Case, line endings, byte-order mark
-
-namespace {
-
-/// Makes `result`, an empty text, the mapped `text`.
-void MapTo(TStringCore& result, TStringCore const& text, CaseMapping::LetterCase to)
-{
-    char16_t const* const from = text.constData();
-    int const length = text.length();
-    int const unchanged = CaseMapping::FindChange(to, from, length);
-    if (unchanged == length) {
-        result = text;
-        return;
-    }
-    char16_t* out = result.resizeForOverwrite(length);
-    std::copy_n(from, unchanged, out);
-    int const rest = length - unchanged;
-    int const done = unchanged + CaseMapping::Map(to, from + unchanged, rest, out + unchanged);
-    if (done < length) {
-        std::int64_t const more = CaseMapping::MappedLength(to, from + done, length - done);
-        result.truncate(done);
-        out = result.TStringManager::resize(CheckedSum(done + more));
-        CaseMapping::MapAny(to, from + done, length - done, out + done);
-    }
-}
-
-} // namespace
-
-void TStringCore::becomeLower(TStringCore const& source)
-{
-    MapTo(*this, source, CaseMapping::LetterCase::Lower);
-}
-
-void TStringCore::becomeUpper(TStringCore const& source)
-{
-    MapTo(*this, source, CaseMapping::LetterCase::Upper);
-}
-
-TStringCore& TStringCore::reverse()
-{
-    UnitSearch::Reverse(data(), length());
-    return *this;
-}
-
-TStringCore TStringCore::reversed() const
-{
-    TStringCore result(*this);
-    result.reverse();
-    return result;
-}
-
-TStringCore& TStringCore::dosToUnix()
-{
-    int const first = indexOf(u"\r\n");
-    if (first >= 0) {
-        char16_t* const units = data();
-        TStringManager::resize(first + DropCarriageReturns(units + first, length() - first));
-    }
-    return *this;
-}
-
-int TStringCore::dosToUnix(char16_t* text)
-{
-    if (text == nullptr) {
-        return 0;
-    }
-    int const kept = DropCarriageReturns(text, length(text));
-    text[kept] = 0;
-    return kept;
-}
-
-TStringCore& TStringCore::unixToDos()
-{
-    Positions lone;
-    int position = findChar(u'\n');
-    while (position >= 0) {
-        if (position == 0 || constData()[position - 1] != u'\r') {
-            lone.add(position);
-        }
-        position = findChar(u'\n', position + 1);
-    }
-    if (lone.count() != 0) {
-        *this = Rebuilt(*this, lone, 1, TStringCore(u"\r\n"));
-    }
-    return *this;
-}
-
-bool TStringCore::hasBOM() const noexcept
-{
-    return constData()[0] == kByteOrderMark;
-}
-
-TStringCore& TStringCore::removeBOM()
-{
-    return hasBOM() ? removeAt(0, 1) : *this;
-}
-
-TStringCore& TStringCore::prependBOM()
-{
-    return hasBOM() ? *this : prepend(kByteOrderMark);
 }

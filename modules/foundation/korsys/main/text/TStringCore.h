@@ -52,10 +52,10 @@ public:
     enum SectionFlags : int
     {
         SectionDefault = 0,
-        SectionSkipEmpty = 1,               ///< Empty fields do not count.
-        SectionIncludeLeadingSep = 2,       ///< The separator before the section belongs to it.
-        SectionIncludeTrailingSep = 4,      ///< The separator after the section belongs to it.
-        SectionCaseInsensitiveSeps = 8      ///< Separators are found without case.
+        SectionSkipEmpty = 1,          ///< Empty fields do not count.
+        SectionIncludeLeadingSep = 2,  ///< The separator before the section belongs to it.
+        SectionIncludeTrailingSep = 4, ///< The separator after the section belongs to it.
+        SectionCaseInsensitiveSeps = 8 ///< Separators are found without case.
     };
 
     using value_type = char16_t;
@@ -130,9 +130,9 @@ public:
     char16_t& front();
     char16_t& back();
 
-    TStringCore& truncate(int n);          ///< Cuts after `n` units; nothing when `n` > length.
-    TStringCore& chop(int n);              ///< Drops the last `n` units.
-    TStringCore& truncateAtFirstNull();    ///< Cuts before the first U+0000.
+    TStringCore& truncate(int n);              ///< Cuts after `n` units; nothing when `n` > length.
+    TStringCore& chop(int n);                  ///< Drops the last `n` units.
+    TStringCore& truncateAtFirstNull();        ///< Cuts before the first U+0000.
     TStringCore& fill(char16_t c, int n = -1); ///< All units are `c`; `n` >= 0 sets the length.
 
     iterator begin() { return data(); }
@@ -344,17 +344,17 @@ public:
 
     // Line endings and byte-order mark
 
-    TStringCore& dosToUnix();                  ///< CR LF becomes LF; a lone CR stays.
-    static int dosToUnix(char16_t* text);      ///< In place; returns the new length.
-    TStringCore& unixToDos();                  ///< LF without CR before it becomes CR LF.
+    TStringCore& dosToUnix();             ///< CR LF becomes LF; a lone CR stays.
+    static int dosToUnix(char16_t* text); ///< In place; returns the new length.
+    TStringCore& unixToDos();             ///< LF without CR before it becomes CR LF.
     TStringCore& toNativeLineEndings() { return dosToUnix(); }
     bool hasBOM() const noexcept;
     TStringCore& removeBOM();
     TStringCore& prependBOM(); ///< Adds U+FEFF unless it is there.
 
-    // Numbers: `setNum` replaces the text. Bases are 2 to 64 with the digits 0-9a-zA-Z-_, of which bases up to 36 use lower
-    // case. A positive field width pads on the left, a negative one on the right.
-    // Throws: `StringException` with id AutoGen_0x30E31408 for another base.
+    // Numbers: `setNum` replaces the text. Bases are 2 to 64 with the digits 0-9a-zA-Z-_, of which
+    // bases up to 36 use lower case. A positive field width pads on the left, a negative one on the
+    // right. Throws: `StringException` with id AutoGen_0x30E31408 for another base.
 
     TStringCore& setNum(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
     TStringCore& setNum(unsigned short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
@@ -363,7 +363,8 @@ public:
     TStringCore& setNum(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
     TStringCore& setNum(unsigned long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
     TStringCore& setNum(long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
-    TStringCore& setNum(unsigned long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
+    TStringCore& setNum(unsigned long long v, int base = 10, int fieldWidth = 0,
+                        char16_t fill = u' ');
 
     /// Formats e, E, f, g and G (any other acts as f); a negative precision is 6. Exact ties round
     /// away from zero. `trimZeros` drops the zeros that end the fraction.
@@ -376,7 +377,8 @@ public:
         result.setNum(v, base, fieldWidth, fill);
         return result;
     }
-    static TStringCore number(unsigned short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    static TStringCore number(unsigned short v, int base = 10, int fieldWidth = 0,
+                              char16_t fill = u' ')
     {
         TStringCore result;
         result.setNum(v, base, fieldWidth, fill);
@@ -388,7 +390,8 @@ public:
         result.setNum(v, base, fieldWidth, fill);
         return result;
     }
-    static TStringCore number(unsigned int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    static TStringCore number(unsigned int v, int base = 10, int fieldWidth = 0,
+                              char16_t fill = u' ')
     {
         TStringCore result;
         result.setNum(v, base, fieldWidth, fill);
@@ -400,7 +403,8 @@ public:
         result.setNum(v, base, fieldWidth, fill);
         return result;
     }
-    static TStringCore number(unsigned long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    static TStringCore number(unsigned long v, int base = 10, int fieldWidth = 0,
+                              char16_t fill = u' ')
     {
         TStringCore result;
         result.setNum(v, base, fieldWidth, fill);
@@ -412,7 +416,8 @@ public:
         result.setNum(v, base, fieldWidth, fill);
         return result;
     }
-    static TStringCore number(unsigned long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    static TStringCore number(unsigned long long v, int base = 10, int fieldWidth = 0,
+                              char16_t fill = u' ')
     {
         TStringCore result;
         result.setNum(v, base, fieldWidth, fill);
@@ -452,7 +457,8 @@ public:
     static TStringCore pointer(void const* address, bool prefix = true, bool padded = false);
 
     // Encodings. Ill-formed input gives U+FFFD, an unpaired surrogate gives U+FFFD on the way out.
-    // A byte-order mark is never dropped. `len` counts bytes (or units of the type); -1: to the zero.
+    // A byte-order mark is never dropped. `len` counts bytes (or units of the type); -1: to the
+    // zero.
 
     static TStringCore fromUtf8(char const* text, int len = -1) { return TStringCore(text, len); }
     static TStringCore fromUtf16(char16_t const* text, int len = -1);
@@ -487,10 +493,7 @@ protected:
         int length;
     };
 
-    Part leftPart(int n) const noexcept
-    {
-        return {0, n < 0 || n >= length() ? length() : n};
-    }
+    Part leftPart(int n) const noexcept { return {0, n < 0 || n >= length() ? length() : n}; }
     Part rightPart(int n) const noexcept
     {
         Part const part = leftPart(n);
@@ -545,9 +548,18 @@ inline bool operator==(TStringCore const& a, char16_t const* b) noexcept
     return a.equals(b, TStringCore::length(b));
 }
 
-inline bool operator!=(TStringCore const& a, TStringCore const& b) noexcept { return !(a == b); }
-inline bool operator!=(TStringCore const& a, char16_t const* b) noexcept { return !(a == b); }
-inline bool operator<(TStringCore const& a, TStringCore const& b) { return a.compare(b) < 0; }
+inline bool operator!=(TStringCore const& a, TStringCore const& b) noexcept
+{
+    return !(a == b);
+}
+inline bool operator!=(TStringCore const& a, char16_t const* b) noexcept
+{
+    return !(a == b);
+}
+inline bool operator<(TStringCore const& a, TStringCore const& b)
+{
+    return a.compare(b) < 0;
+}
 
 /// Writes the text as UTF-8; a stream's width and fill count bytes.
 KORSYS_EXPORT std::ostream& operator<<(std::ostream& out, TStringCore const& text);

@@ -2,8 +2,8 @@
 
 #include "korsys/main/text/NumberText_p.h"
 #include "korsys/main/text/TStringCore.h"
-#include "korsys/main/text/TextConversion_p.h"
 #include "korsys/main/text/TStringErrors_p.h"
+#include "korsys/main/text/TextConversion_p.h"
 
 #include <algorithm>
 #include <cstring>
@@ -247,7 +247,7 @@ TStringCore TStringCore::pointer(void const* address, bool prefix, bool padded)
 void TStringCore::decodeUtf8(char const* text, std::size_t n)
 {
     TextConversion::Utf8ToUtf16(text, n, [this](std::size_t units) {
-        return resizeForOverwrite(CheckedSum(static_cast<std::int64_t>(units)));
+        return TStringManager::resize(CheckedSum(static_cast<std::int64_t>(units)));
     });
 }
 

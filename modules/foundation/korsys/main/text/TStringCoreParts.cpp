@@ -106,8 +106,9 @@ std::vector<Range> Fields(TStringCore const& text, TStringCore const& sep,
 {
     std::vector<Range> fields;
     ForEachPart(text.length(), sep.length(), TStringCore::KeepEmptyParts,
-                TextFinder(text.constData(), text.length(), sep, cs),
-                [&](int begin, int end) { fields.push_back({begin, end}); });
+                TextFinder(text.constData(), text.length(), sep, cs), [&](int begin, int end) {
+                    fields.push_back({begin, end});
+                });
     return fields;
 }
 
@@ -251,8 +252,8 @@ int TStringCore::findOneOf(char16_t const* set, int from) const
 int TStringCore::findOneOf(TStringCore const& set, int from) const
 {
     int const start = std::clamp(from, 0, length());
-    int const found = UnitSearch::FindAnyOf(constData() + start, length() - start,
-                                            set.constData(), set.length());
+    int const found =
+        UnitSearch::FindAnyOf(constData() + start, length() - start, set.constData(), set.length());
     return found < 0 ? -1 : found + start;
 }
 

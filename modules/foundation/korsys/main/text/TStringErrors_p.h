@@ -8,11 +8,12 @@
 
 namespace TStringErrors {
 
-[[noreturn]] KORSYS_EXPORT void ThrowIndexOutside(std::int64_t index, std::int64_t length); ///< id 0x9798B690
-[[noreturn]] KORSYS_EXPORT void ThrowBadLength(std::int64_t length);                        ///< id 0xDBED6C12
-[[noreturn]] KORSYS_EXPORT void ThrowTooLong(std::int64_t length);                          ///< id 0xC83B3D89
-[[noreturn]] KORSYS_EXPORT void ThrowNullText(std::int64_t length);                         ///< id 0xB1923A1A
-[[noreturn]] KORSYS_EXPORT void ThrowBadBase(int base);                                     ///< id 0x30E31408
+[[noreturn]] KORSYS_EXPORT void ThrowIndexOutside(std::int64_t index,
+                                                  std::int64_t length); ///< id 0x9798B690
+[[noreturn]] KORSYS_EXPORT void ThrowBadLength(std::int64_t length);    ///< id 0xDBED6C12
+[[noreturn]] KORSYS_EXPORT void ThrowTooLong(std::int64_t length);      ///< id 0xC83B3D89
+[[noreturn]] KORSYS_EXPORT void ThrowNullText(std::int64_t length);     ///< id 0xB1923A1A
+[[noreturn]] KORSYS_EXPORT void ThrowBadBase(int base);                 ///< id 0x30E31408
 
 /// Settles a pointer and its length argument: -1 stands for "up to the zero", and a null pointer
 /// for the empty text.

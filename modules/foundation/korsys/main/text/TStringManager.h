@@ -41,7 +41,8 @@ struct alignas(16) TLongStringHeader
 
     /// The block with room for at least `capacity` units, perhaps elsewhere in memory.
     /// Requires: one owner, who drops the old pointer. Throws: `std::bad_alloc`; nothing changed.
-    KORSYS_EXPORT static TLongStringHeader* resized(TLongStringHeader* header, std::int64_t capacity);
+    KORSYS_EXPORT static TLongStringHeader* resized(TLongStringHeader* header,
+                                                    std::int64_t capacity);
 
 private:
     KORSYS_EXPORT static void destroy(TLongStringHeader* header) noexcept;

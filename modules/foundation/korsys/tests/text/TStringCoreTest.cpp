@@ -65,7 +65,10 @@ TEST(TStringCoreStorageTest, CopiesShareUntilOneChanges)
         [](TStringCore& s) { s.replace(TStringCore(u"e"), TStringCore(u"EE")); },
         [](TStringCore& s) { s.trim(u"f."); },
         [](TStringCore& s) { s.assign(u"another text of some length"); },
-        [](TStringCore& s) { s.reserve(200); s.data()[1] = u'#'; },
+        [](TStringCore& s) {
+            s.reserve(200);
+            s.data()[1] = u'#';
+        },
     };
     for (std::size_t i = 0; i < changes.size(); ++i) {
         SCOPED_TRACE(i);
@@ -113,13 +116,19 @@ TEST(TStringCoreStorageTest, ATextMayBeItsOwnArgument)
         TStringCore const rest = base.mid(2);
         EXPECT_EQ(changed([](TStringCore& s) { s.append(s); }).length(), 2 * base.length());
         EXPECT_EQ(changed([](TStringCore& s) { s.append(s.constData() + 2, 3); }).right(3), u"cde");
-        EXPECT_EQ(changed([](TStringCore& s) { s.insert(2, s.constData() + 1, 2); }).left(5), u"abbcc");
-        EXPECT_EQ(changed([](TStringCore& s) { s.replace(0, 1, s.constData() + 3, 3); }).left(4), u"defb");
+        EXPECT_EQ(changed([](TStringCore& s) { s.insert(2, s.constData() + 1, 2); }).left(5),
+                  u"abbcc");
+        EXPECT_EQ(changed([](TStringCore& s) { s.replace(0, 1, s.constData() + 3, 3); }).left(4),
+                  u"defb");
         EXPECT_EQ(changed([](TStringCore& s) { s.replace(s, s); }), base);
         EXPECT_EQ(changed([](TStringCore& s) { s = s.constData() + 2; }), rest);
         EXPECT_EQ(changed([](TStringCore& s) { s.assign(s.constData() + 2); }), rest);
         EXPECT_EQ(changed([](TStringCore& s) { s = *&s; }), base);
-        EXPECT_EQ(changed([](TStringCore& s) { TStringCore& same = s; s = std::move(same); }), base);
+        EXPECT_EQ(changed([](TStringCore& s) {
+                      TStringCore& same = s;
+                      s = std::move(same);
+                  }),
+                  base);
         EXPECT_EQ(changed([](TStringCore& s) { s.trim(s); }), u"");
     }
 }
@@ -141,7 +150,11 @@ TEST(TStringCoreErrorTest, MisuseHasItsOwnErrorAndChangesNothing)
         {__LINE__, kIndex, [](TStringCore& s) { s[1ul << 40] = u'x'; }},
         {__LINE__, kIndex, [](TStringCore const& s) { (void)s[16]; }},
         {__LINE__, kIndex, [](TStringCore&) { TStringCore().front(); }},
-        {__LINE__, kIndex, [](TStringCore&) { TStringCore const empty; empty.back(); }},
+        {__LINE__, kIndex,
+         [](TStringCore&) {
+             TStringCore const empty;
+             empty.back();
+         }},
         {__LINE__, kBadLength, [](TStringCore& s) { s.append(u"x", -2); }},
         {__LINE__, kBadLength, [=](TStringCore& s) { s.assign(null, -2); }},
         {__LINE__, kBadLength, [](TStringCore& s) { s = TStringCore("x", -7); }},
@@ -220,7 +233,8 @@ TEST(TStringCoreTest, FindsUnitsInAndOutOfSets)
     EXPECT_EQ(text.spanExcluding(u"=;"), u"key ");
     EXPECT_EQ(text.spanExcluding(u"#"), text);
     EXPECT_EQ(TStringCore(u"a-b_c").replaceAnyOf(u"-_", u'.'), u"a.b.c");
-    EXPECT_EQ(TStringCore(u"a-b_c").replaceAnyOf(TStringCore(u"-_"), TStringCore(u"::")), u"a::b::c");
+    EXPECT_EQ(TStringCore(u"a-b_c").replaceAnyOf(TStringCore(u"-_"), TStringCore(u"::")),
+              u"a::b::c");
     EXPECT_EQ(TStringCore(u"a-b_c").removeAnyOf(u"_c-"), u"ab");
 }
 

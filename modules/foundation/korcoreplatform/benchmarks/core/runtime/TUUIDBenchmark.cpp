@@ -21,9 +21,10 @@ bool Identifiers()
     Row("UUID to text", 1.0)
         .Ours(Repeat([=] { return uuid.ToString(TUUIDFormatOption::Braced); }))
         .Peer("QUuid", Repeat([=] { return qUuid.toString(); }));
-    Row("UUID from text", 1.0)
-        .Ours(Repeat([=] { return TUUID(text); }))
-        .Peer("QUuid", Repeat([=] { return QUuid(qText); }));
+    Row("UUID from text", 1.0).Ours(Repeat([=] { return TUUID(text); })).Peer("QUuid", Repeat([=] {
+                                                                                  return QUuid(
+                                                                                      qText);
+                                                                              }));
     Row("UUID create", 1.0)
         .Ours(Repeat([] { return TUUID::CreateUUID(); }))
         .Peer("QUuid", Repeat([] { return QUuid::createUuid(); }));

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
+#include <deque>
 #include <functional>
 #include <thread>
 #include <vector>
@@ -107,6 +109,7 @@ TEST(ObjectFactoryTest, ThreadsRegisterAndLookUpAtOnce)
 {
     constexpr int kThreads = 4;
     constexpr int kRounds = 200;
+    static std::array<std::deque<TestFactory>, kThreads> s_factories; // they outlive the test
     static std::atomic<int> s_ready{0};
     static int s_makersRunning = 0; // no atomic: the registry lets one maker run at a time
     std::vector<std::thread> threads;
@@ -117,7 +120,7 @@ TEST(ObjectFactoryTest, ThreadsRegisterAndLookUpAtOnce)
             }
             for (int i = 0; i < kRounds; ++i) {
                 TString const own = TString::number(t) + u"/" + TString::number(i);
-                auto* const factory = new TestFactory(own); // lives on, as all factories do
+                TestFactory* const factory = &s_factories[t].emplace_back(own);
                 FactoryRegistry::Singleton().Register([factory] {
                     EXPECT_EQ(++s_makersRunning, 1);
                     --s_makersRunning;
