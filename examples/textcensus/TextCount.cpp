@@ -29,15 +29,12 @@ TString Decode(TTextEncoding& encoding, char const* data, std::size_t size)
 {
     std::size_t const unitBytes = UnitBytes(encoding.Encoding());
     std::size_t const start = static_cast<std::size_t>(encoding.BOMLength());
-    char const zero[4] = {};
-    std::size_t end = size - (size - start) % unitBytes;
-    int zeros = 0;
-    while (end > start && std::memcmp(data + end - unitBytes, zero, unitBytes) == 0) {
-        end -= unitBytes;
-        ++zeros;
-    }
-    TString text = encoding.ToTString(data, end);
-    text.append(u'\0', zeros);
+    std::string_view const units(data + start, (size - start) / unitBytes * unitBytes);
+    // With zeros only, nothing is found and the sum wraps to 0.
+    std::size_t const usedBytes = units.find_last_not_of('\0') + 1;
+    std::size_t const usedUnits = (usedBytes + unitBytes - 1) / unitBytes;
+    TString text = encoding.ToTString(data, start + usedUnits * unitBytes);
+    text.append(u'\0', static_cast<int>(units.size() / unitBytes - usedUnits));
     return text;
 }
 

@@ -42,10 +42,13 @@ PeerTable::Task ForEach(std::vector<Value> const& values, Use use)
     return Repeat([ring = Ring<Value>(values), use]() mutable { return use(ring.next()); });
 }
 
+// So many that no branch predictor knows the next one.
+constexpr std::size_t kValues = 4096;
+
 std::vector<int> Integers()
 {
     std::mt19937 random(5);
-    std::vector<int> values(256);
+    std::vector<int> values(kValues);
     int digits = 0;
     for (int& value : values) {
         int limit = 9;
@@ -61,7 +64,7 @@ std::vector<int> Integers()
 std::vector<double> Doubles()
 {
     std::mt19937_64 random(6);
-    std::vector<double> values(256);
+    std::vector<double> values(kValues);
     double const usual[] = {3.14159, 0.001234, 123456.789, 1e-7, 2.5e17, 0.5, 42, 99.99};
     for (std::size_t i = 0; i < values.size(); ++i) {
         double const any = double(random() >> 11) * 0x1p-53;

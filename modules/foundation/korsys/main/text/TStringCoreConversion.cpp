@@ -106,7 +106,7 @@ TStringCore& TStringCore::setNum(int v, int base, int fieldWidth, char16_t fill)
 {
     static_assert(NumberText::kMaxDecimal32Units <= kShortCapacity);
     if (base == 10 && fieldWidth == 0) {
-        clear();
+        becomeShort();
         setShortLength(NumberText::WriteDecimal(shortUnits(), std::int32_t(v)));
     } else {
         SetSigned(*this, v, base, fieldWidth, fill);
@@ -117,7 +117,7 @@ TStringCore& TStringCore::setNum(int v, int base, int fieldWidth, char16_t fill)
 TStringCore& TStringCore::setNum(unsigned int v, int base, int fieldWidth, char16_t fill)
 {
     if (base == 10 && fieldWidth == 0) {
-        clear();
+        becomeShort();
         setShortLength(NumberText::WriteDecimal(shortUnits(), std::uint32_t(v)));
     } else {
         SetUnsigned(*this, v, base, fieldWidth, fill);

@@ -43,7 +43,9 @@ void MapTo(TStringCore& result, TStringCore const& text, CaseMapping::LetterCase
         return;
     }
     char16_t* out = result.resizeForOverwrite(length);
-    std::copy_n(from, unchanged, out);
+    if (unchanged != 0) {
+        std::copy_n(from, unchanged, out);
+    }
     int const rest = length - unchanged;
     int const done = unchanged + CaseMapping::Map(to, from + unchanged, rest, out + unchanged);
     if (done < length) {

@@ -84,13 +84,15 @@ public:
     /// Takes up to 14 units into the object, so that no short text keeps a long block alive.
     TStringManager& operator=(TStringManager const& other) noexcept
     {
-        TStringManager copy;
-        if (other.isLong() && other.length() <= kShortCapacity) {
-            copy.assignShort(other.constData(), other.length());
-        } else {
-            copy.share(other);
+        if (this != &other) {
+            TStringManager copy;
+            if (other.isLong() && other.length() <= kShortCapacity) {
+                copy.assignShort(other.constData(), other.length());
+            } else {
+                copy.share(other);
+            }
+            swap(copy);
         }
-        swap(copy);
         return *this;
     }
 
@@ -191,6 +193,14 @@ protected:
     {
         copyFewUnits(m_units, units, n);
         setShortLength(n);
+    }
+
+    /// Gives up the block of a long text; the units of the short form are then to be written.
+    void becomeShort() noexcept
+    {
+        if (isLong()) {
+            clear();
+        }
     }
 
     /// The units of an object in the short form, all sixteen for scratch before `setShortLength`.
