@@ -1,54 +1,207 @@
 #include "korcoreplatform/main/string/TScanString.h"
 
+#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korsys/main/error/LogicException.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <type_traits>
 
 namespace {
 
 using Scan = TScanString;
+using Action = std::function<TString(Scan&)>;
 
-/// One kind of value: how it is read, with the value as a text, and how it is skipped.
-struct Kind
-{
-    TString (*read)(Scan&);
-    void (*skip)(Scan&);
-};
-
+/// Reads a value and gives it as a text.
 template <class Value, class... Arguments>
-TString Read(Scan& scan, Scan& (Scan::*read)(Value&, Arguments...), Arguments... arguments)
+Action Read(Scan& (Scan::*read)(Value&, Arguments...), Arguments... arguments)
 {
-    Value value = Value();
-    (scan.*read)(value, arguments...);
-    if constexpr (std::is_arithmetic_v<Value>) {
-        return TString::number(+value);
-    } else {
-        return value;
+    return [=](Scan& scan) {
+        Value value = Value();
+        (scan.*read)(value, arguments...);
+        return TFormat(u"%1", value);
+    };
+}
+
+template <class... Arguments>
+Action Skip(Scan& (Scan::*skip)(Arguments...), Arguments... arguments)
+{
+    return [=](Scan& scan) {
+        (scan.*skip)(arguments...);
+        return TString();
+    };
+}
+
+TString RestOf(Scan scan)
+{
+    return Read(&Scan::readString, -1)(scan);
+}
+
+TEST(TScanStringTest, ValuesEndWhereTheirFormEnds)
+{
+    struct Case
+    {
+        int line;
+        Action action;
+        TString text;
+        TString expected;
+        TString rest;
+    };
+    Action const line = Read(&Scan::readLine);
+    Case const cases[] = {
+        {__LINE__, Read(&Scan::readBool), u"10", u"1", u"0"},
+        {__LINE__, Read(&Scan::readBool), u"0", u"0", u""},
+        {__LINE__, Read(&Scan::readBool), u"True,", u"1", u","},
+        {__LINE__, Read(&Scan::readBool), u"FALSE", u"0", u""},
+        {__LINE__, Read(&Scan::readBool), u"yesterday", u"1", u"terday"},
+        {__LINE__, Read(&Scan::readBool), u"YES", u"1", u""},
+        {__LINE__, Read(&Scan::readBool), u"Nothing", u"0", u"thing"},
+        {__LINE__, Skip(&Scan::skipBool), u"false1", u"", u"1"},
+        {__LINE__, Read(&Scan::readInt, 10), u"-12,5", u"-12", u",5"},
+        {__LINE__, Read(&Scan::readInt, 10), u"+7-3", u"7", u"-3"},
+        {__LINE__, Read(&Scan::readInt, 16), u"0x1fg", u"31", u"g"},
+        {__LINE__, Read(&Scan::readInt, 0), u"017 ", u"15", u" "},
+        {__LINE__, Read(&Scan::readInt, 36), u"zZ!", u"1295", u"!"},
+        {__LINE__, Read(&Scan::readInt, 64), u"1_!", u"127", u"!"},
+        {__LINE__, Skip(&Scan::skipInt, 8), u"18", u"", u"8"},
+        {__LINE__, Read<double>(&Scan::readFloat), u"-1.5e-3e", u"-0.0015", u"e"},
+        {__LINE__, Read<float>(&Scan::readFloat), u"2.5x.", u"2.5", u"x."},
+        {__LINE__, Skip(&Scan::skipFloat), u"+1.E+5,", u"", u","},
+        {__LINE__, line, u"ab\r\nc", u"ab\r", u"c"}, // the carriage return stays in the line
+        {__LINE__, line, u"a\n\rb", u"a", u"b"},     // both are one newline
+        {__LINE__, line, u"\n\n\rb", u"", u"\n\rb"},
+        {__LINE__, line, u"a\rb", u"a\rb", u""},
+        {__LINE__, Skip(&Scan::skipLine), u"a\rb\nc", u"", u"c"},
+        {__LINE__, Skip(&Scan::skipNewline), u"\r\n\n", u"", u"\n"},
+        {__LINE__, Skip(&Scan::skipNewline), u"\r\r", u"", u"\r"},
+        {__LINE__, Skip(&Scan::skipNewline), u"", u"", u""},
+        {__LINE__, Read(&Scan::readString, 10), u"abcd", u"abcd", u""},
+        {__LINE__, Read(&Scan::readString, 2), u"abcd", u"ab", u"cd"},
+        {__LINE__, Read(&Scan::readString, 0), u"abcd", u"", u"abcd"},
+        {__LINE__, Skip(&Scan::skipString, -1), u"abcd", u"", u""},
+        {__LINE__, Read(&Scan::readNonWhitespace), u"ab\u2003c", u"ab", u"\u2003c"},
+        {__LINE__, Read(&Scan::readNonWhitespace), u" ab", u"", u" ab"},
+        {__LINE__, Skip(&Scan::skipNonWhitespace), u"ab c", u"", u" c"},
+        {__LINE__, Skip(&Scan::skipWhitespace), u" \t\r\n\u00A0x ", u"", u"x "},
+        {__LINE__, Read(&Scan::readAnyOf, u"abc"), u"cabbed", u"cabb", u"ed"},
+        {__LINE__, Read(&Scan::readAnyOf, u"abc"), u"ab", u"ab", u""},
+        {__LINE__, Skip(&Scan::skipAnyOf, u"ab"), u"abc", u"", u"c"},
+        {__LINE__, Read(&Scan::readAnyNotOf, u":="), u"key=a", u"key", u"=a"},
+        {__LINE__, Read(&Scan::readAnyNotOf, u""), u"key", u"key", u""},
+        {__LINE__, Skip(&Scan::skipAnyNotOf, u"c"), u"abc", u"", u"c"},
+        {__LINE__, Skip(&Scan::skip, u"ab"), u"abc", u"", u"c"},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        Scan scan(c.text);
+        EXPECT_EQ(c.action(scan), c.expected);
+        EXPECT_EQ(RestOf(scan), c.rest);
+        scan.reset();
+        EXPECT_EQ(RestOf(scan), c.text);
     }
 }
 
-Kind const kBool = {[](Scan& s) { return Read<bool>(s, &Scan::readBool); }, [](Scan& s) { s.skipBool(); }};
-Kind const kDouble = {[](Scan& s) { return Read<double>(s, &Scan::readFloat); }, [](Scan& s) { s.skipFloat(); }};
-Kind const kFloat = {[](Scan& s) { return Read<float>(s, &Scan::readFloat); }, [](Scan& s) { s.skipFloat(); }};
-Kind const kLine = {[](Scan& s) { return Read(s, &Scan::readLine); }, [](Scan& s) { s.skipLine(); }};
-Kind const kWord = {[](Scan& s) { return Read(s, &Scan::readNonWhitespace); }, [](Scan& s) { s.skipNonWhitespace(); }};
-Kind const kAbc = {[](Scan& s) { return Read(s, &Scan::readAnyOf, u"abc"); }, [](Scan& s) { s.skipAnyOf(u"abc"); }};
-Kind const kKey = {[](Scan& s) { return Read(s, &Scan::readAnyNotOf, u":="); }, [](Scan& s) { s.skipAnyNotOf(u":="); }};
-Kind const kNoneOfNone = {[](Scan& s) { return Read<TString, char16_t const*>(s, &Scan::readAnyOf, nullptr); }, [](Scan& s) { s.skipAnyOf(nullptr); }};
-template <int base>
-Kind const kInt = {[](Scan& s) { return Read(s, &Scan::readInt, base); }, [](Scan& s) { s.skipInt(base); }};
-template <int n>
-Kind const kString = {[](Scan& s) { return Read(s, &Scan::readString, n); }, [](Scan& s) { s.skipString(n); }};
-/// What gives no value.
-template <void (*scan)(Scan&)>
-Kind const kNoValue = {[](Scan& s) { scan(s); return TString(); }, scan};
-void Newline(Scan& s) { s.skipNewline(); }
-void Space(Scan& s) { s.skipWhitespace(); }
-void Abc(Scan& s) { s.skip(u"abc"); }
-void End(Scan& s) { s.end(); }
+TEST(TScanStringTest, FailuresHaveTheirIdsAndTellWhereTheCursorIs)
+{
+    struct Case
+    {
+        int line;
+        Action action;
+        TString text;
+        TString rest;
+        char const* id;
+        TString message;
+    };
+    Action const end = [](Scan& scan) {
+        scan.end();
+        return TString();
+    };
+    Case const cases[] = {
+        {__LINE__, Read(&Scan::readBool), u" true", u" true", "0E56132D",
+         u"lengthBool: Boolean value not found."},
+        {__LINE__, Read(&Scan::readBool), u"tru", u"tru", "0E56132D",
+         u"lengthBool: Boolean value not found."},
+        {__LINE__, Read(&Scan::readBool), u"\u0011", u"\u0011", "0E56132D",
+         u"lengthBool: Boolean value not found."},
+        {__LINE__, Read(&Scan::readInt, 10), u"-x", u"-x", "5D4E46DF",
+         u"lengthInt: Integer value not found."},
+        {__LINE__, Skip(&Scan::skipInt, 8), u"9", u"9", "5D4E46DF",
+         u"lengthInt: Integer value not found."},
+        {__LINE__, Read(&Scan::readInt, 10), u"2147483648;", u";", "7C7E3D50",
+         u"readInt: Integer value not found."},
+        {__LINE__, Read<float>(&Scan::readFloat), u"inf", u"inf", "47A09D13",
+         u"lengthFloat: Float value not found."},
+        {__LINE__, Read<double>(&Scan::readFloat), u"1e999;", u";", "DB5CF171",
+         u"readDouble: Float value not found."},
+        {__LINE__, Read<float>(&Scan::readFloat), u"1e39;", u";", "3FBB5E47",
+         u"readFloat: Float value not found."},
+        {__LINE__, Skip(&Scan::skipNewline), u"x\n", u"x\n", "2241B337",
+         u"lengthNewLine: No new line found."},
+        {__LINE__, Skip(&Scan::skip, u"abc"), u"ABC", u"ABC", "4CA5552B",
+         u"skip: String mismatch."},
+        {__LINE__, Skip(&Scan::skip, u"abc"), u"ab", u"ab", "4CA5552B", u"skip: String mismatch."},
+        {__LINE__, end, u" ", u" ", "00985BE7", u"end(): Expected null character."},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        std::string const id = std::string("TFormatStringException_AutoGen_0x") + c.id;
+        Scan scan(c.text);
+        try {
+            c.action(scan);
+            ADD_FAILURE() << "did not throw";
+        } catch (KorvelException const& e) {
+            EXPECT_EQ(e.GetMessagesFront(), u"TScanString::" + c.message);
+            std::unique_ptr<KorvelException const> const clone(e.Clone());
+            EXPECT_KOR_ERROR(e.Throw(), TScanString::Exception, id);
+            EXPECT_KOR_ERROR(clone->Throw(), TScanString::Exception, id);
+        }
+        EXPECT_EQ(RestOf(scan), c.rest);
+    }
 }
+
+TEST(TScanStringTest, AScannerWithoutTextReadsAsEmpty)
+{
+    static_assert(!std::is_constructible_v<Scan, TString>, "the text would dangle");
+    static_assert(!std::is_constructible_v<Scan, TStringCore const&>, "the same");
+    Scan scan;
+    TString value(u"old");
+    scan.readLine(value).skipWhitespace().skip(nullptr).skipAnyNotOf(nullptr).skipNewline().end();
+    EXPECT_TRUE(value.isEmpty());
+    EXPECT_THROW(scan.skipInt(), Scan::Exception);
+    EXPECT_THROW(scan.skipFloat(), Scan::Exception);
+    EXPECT_THROW(scan.skipBool(), Scan::Exception);
+    EXPECT_KOR_ERROR(scan.reset(), LogicException, "LogicException_LogicAssert_0x858A74C8");
+    try {
+        scan.reset();
+    } catch (LogicException const& e) {
+        EXPECT_EQ(e.GetMessagesFront(),
+                  u"Internal error in file \"modules/foundation/korcoreplatform/main/string/"
+                  u"TScanString\" at line 225: text");
+    }
+    scan.SetText(u"next");
+    EXPECT_EQ(RestOf(scan), u"next");
+}
+
+// Measuring a value must not look at the text behind it: reading a long text would be quadratic.
+TEST(TScanStringTest, ManyValuesAreReadInLinearTime)
+{
+    TString const text = TString(u"1 2 ").repeated(500000);
+    auto const start = std::chrono::steady_clock::now();
+    double sum = 0;
+    Scan scan(text);
+    for (int i = 0; i < 500000; ++i) {
+        int number = 0;
+        double real = 0;
+        scan.readInt(number).skipWhitespace().readFloat(real).skipWhitespace();
+        sum += number + real;
+    }
+    scan.end();
+    EXPECT_EQ(sum, 1500000);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20)); // or minutes
+}
+
+} // namespace

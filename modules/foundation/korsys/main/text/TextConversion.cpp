@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 
 namespace TextConversion {
 
@@ -75,6 +77,19 @@ char32_t RepairedUtf32(char32_t codePoint)
     return codePoint > 0x10FFFF || IsSurrogate(codePoint) ? kReplacement : codePoint;
 }
 
+/// Bytes that are no text are often zeros and plain letters in between.
+constexpr std::ptrdiff_t kAsciiBlock = 16;
+
+bool BeginsWithAsciiBlock(char const* from, char const* end)
+{
+    if (end - from < kAsciiBlock) {
+        return false;
+    }
+    std::uint64_t halves[2];
+    std::memcpy(halves, from, sizeof(halves));
+    return ((halves[0] | halves[1]) & 0x8080808080808080u) == 0;
+}
+
 /// At most a piece, and never the first half of a pair without the second.
 std::size_t PieceOf(char16_t const* from, std::size_t n)
 {
@@ -130,6 +145,11 @@ std::size_t CountUtf16(char const* from, std::size_t n)
 {
     std::size_t units = 0;
     for (char const* const end = from + n; from != end;) {
+        if (BeginsWithAsciiBlock(from, end)) {
+            from += kAsciiBlock;
+            units += kAsciiBlock;
+            continue;
+        }
         units += Repaired(TakeUtf8(from, end)) < 0x10000 ? 1 : 2;
     }
     return units;
@@ -138,6 +158,11 @@ std::size_t CountUtf16(char const* from, std::size_t n)
 void DecodeUtf8(char const* from, std::size_t n, char16_t* to)
 {
     for (char const* const end = from + n; from != end;) {
+        if (BeginsWithAsciiBlock(from, end)) {
+            to = std::copy_n(from, kAsciiBlock, to);
+            from += kAsciiBlock;
+            continue;
+        }
         to = PutUtf16(Repaired(TakeUtf8(from, end)), to);
     }
 }
