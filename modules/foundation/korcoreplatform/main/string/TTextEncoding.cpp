@@ -19,8 +19,7 @@ namespace {
 constexpr std::string_view kDeclarationStart = "<?xml";
 constexpr std::string_view kBlanks = " \t\r\n";
 
-// What is shorter, in bytes, does not count as a declaration.
-constexpr std::size_t kMinAsciiDeclaration = 6;
+// What is shorter, in bytes, does not count as a wide declaration.
 constexpr std::size_t kMinUtf16Declaration = 11;
 constexpr std::size_t kMinUtf32Declaration = 21;
 
@@ -89,9 +88,6 @@ EncodingType EncodingOfName(std::string_view latin1Name)
 /// The encoding of bytes that start with no mark.
 EncodingType MarklessEncoding(std::string_view bytes)
 {
-    if (bytes.size() < kMinAsciiDeclaration) {
-        return EncodingUtf8;
-    }
     if (StartsWith(bytes, kDeclarationStart)) {
         std::size_t const end = bytes.find("?>", kDeclarationStart.size());
         return end == bytes.npos ? EncodingUtf8

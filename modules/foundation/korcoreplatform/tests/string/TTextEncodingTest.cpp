@@ -78,6 +78,7 @@ TEST(TTextEncodingTest, MarksAndDeclarationsTellTheEncoding)
         {__LINE__, Declaration("encoding=='iso-8859-1'"), EncodingUtf8, 0},
         {__LINE__, Declaration("encoding=iso-8859-1"), EncodingUtf8, 0},
         {__LINE__, Declaration("encoding='iso-8859-1\""), EncodingUtf8, 0},
+        {__LINE__, Declaration("encoding='iso-8859-1"), EncodingUtf8, 0},
         {__LINE__, Declaration("encoding=' iso-8859-1'"), EncodingUtf8, 0},
         {__LINE__, Declaration("Encoding='iso-8859-1'"), EncodingUtf8, 0},
         {__LINE__, Declaration("encoding='utf-16'"), EncodingUtf8, 0},

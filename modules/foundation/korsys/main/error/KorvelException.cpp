@@ -6,7 +6,7 @@
 struct KorvelException::State
 {
     std::vector<TStringCore> messages;
-    TError::ErrorInfo errorInfo;
+    std::shared_ptr<TError::ErrorInfo const> errorInfo; ///< Outlives changes of the messages.
     std::string what; ///< The joined messages in UTF-8.
 };
 
@@ -22,7 +22,8 @@ KorvelException::KorvelException(TFormatStringCore const& format,
 KorvelException::KorvelException(std::vector<TStringCore> const& messages,
                                  TError::ErrorInfo const& errorInfo)
 {
-    SetState(std::vector<TStringCore>(messages), errorInfo);
+    SetState(std::vector<TStringCore>(messages),
+             std::make_shared<TError::ErrorInfo const>(errorInfo));
 }
 
 KorvelException::KorvelException(KorvelException const& other) noexcept = default;
@@ -43,14 +44,14 @@ void KorvelException::StackMessage(TStringCore const& message)
 {
     std::vector<TStringCore> messages(GetMessages());
     messages.push_back(message);
-    SetState(std::move(messages), GetErrorInfo());
+    SetState(std::move(messages), m_state->errorInfo);
 }
 
 void KorvelException::StackMessageFront(TStringCore const& message)
 {
     std::vector<TStringCore> messages(GetMessages());
     messages.insert(messages.begin(), message);
-    SetState(std::move(messages), GetErrorInfo());
+    SetState(std::move(messages), m_state->errorInfo);
 }
 
 std::vector<TStringCore> const& KorvelException::GetMessages() const noexcept
@@ -75,7 +76,7 @@ TStringCore KorvelException::CollateMessagesForLog() const
 
 TError::ErrorInfo const& KorvelException::GetErrorInfo() const noexcept
 {
-    return m_state->errorInfo;
+    return *m_state->errorInfo;
 }
 
 char const* KorvelException::what() const noexcept
@@ -84,7 +85,7 @@ char const* KorvelException::what() const noexcept
 }
 
 void KorvelException::SetState(std::vector<TStringCore>&& messages,
-                               TError::ErrorInfo const& errorInfo)
+                               std::shared_ptr<TError::ErrorInfo const> const& errorInfo)
 {
     std::string what = TStringCore::join(messages, u'\n').toStdString();
     m_state = std::make_shared<State const>(State{std::move(messages), errorInfo, std::move(what)});

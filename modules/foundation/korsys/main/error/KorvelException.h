@@ -21,7 +21,8 @@
 ///     }
 ///
 /// Copies cost no allocation and never throw: they share the state until one of them changes.
-/// References that an exception hands out are good until its messages change or it is assigned to.
+/// The messages that an exception hands out are good until they change or it is assigned to, the
+/// record until it is assigned to.
 ///
 /// Thread safety: one object may be read from several threads, copies may be used from different
 /// threads at once; a write needs its object alone.
@@ -71,7 +72,8 @@ private:
     struct State;
 
     static TFormatStringCore FormatOf(TFormatStringCore format) { return format; }
-    void SetState(std::vector<TStringCore>&& messages, TError::ErrorInfo const& errorInfo);
+    void SetState(std::vector<TStringCore>&& messages,
+                  std::shared_ptr<TError::ErrorInfo const> const& errorInfo);
 
     std::shared_ptr<State const> m_state; ///< Never null, never changed: a change replaces it.
 };

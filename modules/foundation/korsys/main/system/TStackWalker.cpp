@@ -2,7 +2,9 @@
 
 #include "korsys/main/text/TStringCore.h"
 
+#include <algorithm>
 #include <atomic>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -57,6 +59,8 @@ std::string Demangled(char const* symbol)
     return status == 0 && name ? name.get() : symbol;
 }
 
+constexpr int kMostFrames = 1 << 16; // more is a recursion that nobody reads
+
 std::string Hex(std::uintptr_t value)
 {
     char text[2 + 2 * sizeof(value) + 1];
@@ -98,9 +102,9 @@ TStackWalker::TStackWalker(StackWalkerConfig const& config) : m_config(config) {
         return false;
     }
     Walk walk;
-    walk.maxFrames = static_cast<std::size_t>(m_config.maxFrames);
+    walk.maxFrames = static_cast<std::size_t>(std::min(m_config.maxFrames, kMostFrames));
     walk.frames.reserve(walk.maxFrames);
-    walk.framesToSkip = m_config.framesToSkip + 1; // this function
+    walk.framesToSkip = std::clamp(m_config.framesToSkip, 0, INT_MAX - 1) + 1; // this function
     _Unwind_Backtrace(&TakeFrame, &walk);
     m_frames.reserve(walk.frames.size());
     for (Frame const& frame : walk.frames) {

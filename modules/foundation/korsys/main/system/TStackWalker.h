@@ -10,8 +10,8 @@
 /// What a walk takes in.
 struct StackWalkerConfig
 {
-    int maxFrames = 64;   ///< The walk ends after this many frames; none are taken for 0 or less.
-    int framesToSkip = 0; ///< Innermost frames to leave out; 0 starts at who calls the walker.
+    int maxFrames = 64;   ///< Frames to take, 65536 at most; none for 0 or less.
+    int framesToSkip = 0; ///< Innermost frames to leave out; 0 or less starts at the caller.
 };
 
 /// Walks the stack of the calling thread. A frame is one UTF-8 text:

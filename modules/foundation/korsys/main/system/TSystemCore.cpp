@@ -44,13 +44,21 @@ std::string DirectoryOf(std::string const& file)
     return file.substr(0, slash == 0 ? 1 : slash);
 }
 
+/// The path from the root on, without empty and "." steps. A ".." stays: behind a link it does not
+/// lead back to where the link is.
 std::string MakeAbsolute(std::string const& file)
 {
     if (file.empty()) {
         return file;
     }
     std::error_code error;
-    return std::filesystem::absolute(file, error).lexically_normal().string();
+    std::filesystem::path steps;
+    for (std::filesystem::path const& step : std::filesystem::absolute(file, error)) {
+        if (step != ".") {
+            steps /= step;
+        }
+    }
+    return steps.string();
 }
 
 std::string FileName(std::string const& file)

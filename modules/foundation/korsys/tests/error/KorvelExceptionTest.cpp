@@ -17,7 +17,7 @@ using Messages = std::vector<TStringCore>;
 
 TError::ErrorInfo AnyInfo()
 {
-    return TError::ErrorInfo(KorErrorsError::AutoGen_0x8CA372D6(), TError::ErrorSource::Internal,
+    return TError::ErrorInfo(KorErrorsError::AutoGen_0x1A36D05F(), TError::ErrorSource::Internal,
                              grpc::UNKNOWN);
 }
 
@@ -101,14 +101,14 @@ TEST(KorvelExceptionTest, CloneAndThrowKeepTheDynamicType)
         std::unique_ptr<KorvelException> const clone(exception.Clone());
         EXPECT_NE(clone, pointer);
         EXPECT_TRUE(KorTest::ThrowsError([&] { clone->Throw(); }, typeid(exception),
-                                         "KorvelException_AutoGen_0x8CA372D6"));
+                                         "KorvelException_AutoGen_0x1A36D05F"));
     }
 }
 
 TEST(KorvelExceptionTest, ThrowErrorBuildsTheRecordOfTheThrowingPlace)
 {
-    EXPECT_KOR_ERROR(ThrowError<StringException>(u"plain", &KorErrorsError::AutoGen_0xDBED6C12),
-                     StringException, "StringException_AutoGen_0xDBED6C12");
+    EXPECT_KOR_ERROR(ThrowError<StringException>(u"plain", &KorErrorsError::AutoGen_0x1A36D05F),
+                     StringException, "KorvelException_AutoGen_0x1A36D05F");
     try {
         ThrowError<DerivedException>(u"m", &KorErrorsError::AutoGen_0xB5B83DCB);
     } catch (DerivedException const& e) {
@@ -127,17 +127,26 @@ TEST(KorvelExceptionTest, ThrowErrorBuildsTheRecordOfTheThrowingPlace)
 
 TEST(KorvelExceptionTest, LogicAssertNamesPlaceAndText)
 {
-    EXPECT_KOR_ERROR(
-        try {
-            // The path is Latin-1, the text UTF-8; neither is a template.
-            ThrowLogicException("main/%3\xFC", 176, "a %1 \xC3\xBC",
-                                KorErrorsError::LogicAssert_0x0AAE8A7B());
-        } catch (std::exception const& e) {
-            EXPECT_STREQ(e.what(), "Internal error in file \"main/%3\xC3\xBC\" at line 176: "
-                                   "a %1 \xC3\xBC");
-            throw;
-        },
-        LogicException, "LogicException_LogicAssert_0x0AAE8A7B");
+    try {
+        // The path is Latin-1, the text UTF-8; neither is a template.
+        ThrowLogicException("main/%3\xFC", 176, "a %1 \xC3\xBC",
+                            KorErrorsError::LogicAssert_0x0AAE8A7B());
+    } catch (LogicException const& e) {
+        EXPECT_STREQ(e.what(), "Internal error in file \"main/%3\xC3\xBC\" at line 176: "
+                               "a %1 \xC3\xBC");
+        TError::ErrorInfo const& info = e.GetErrorInfo();
+        EXPECT_EQ(info.GetError().GetName(), u"LogicException_LogicAssert_0x0AAE8A7B");
+        EXPECT_EQ(static_cast<int>(info.GetErrorSource()), 4);
+        EXPECT_EQ(static_cast<int>(info.GetStatusCode()), 2);
+    }
+}
+
+TEST(KorvelExceptionTest, TheRecordOutlivesNewMessages)
+{
+    KorvelException exception(u"m", AnyInfo());
+    TError::ErrorInfo const& info = exception.GetErrorInfo();
+    exception.StackMessage(u"z");
+    EXPECT_EQ(&info, &exception.GetErrorInfo());
 }
 
 } // namespace

@@ -21,7 +21,66 @@ inline void PrintTo(TStringCore const& text, std::ostream* out)
 
 namespace KorTest {
 
-/// Whether `run` throws a KorvelException of exactly the class `type` with the id string `id`.
+/// The message that the list of errors has beside an id string.
+inline std::string ListedMessage(std::string const& id)
+{
+    struct Row
+    {
+        char const* id;
+        char const* message;
+    };
+    static constexpr Row kRows[] = {
+#define KOR_ERROR_ID(category, kind, number, message) {#category "_" #kind "_" #number, message},
+#include "korsys/main/error/KorErrorIds.h"
+    };
+    for (Row const& row : kRows) {
+        if (id == row.id) {
+            return row.message;
+        }
+    }
+    return "no such id";
+}
+
+/// Whether `message` is the listed text with something in the places of its markers. A text in
+/// parentheses only describes; a logic assert's text ends the message.
+inline bool FitsList(std::string const& message, std::string const& id)
+{
+    std::string const listed = ListedMessage(id);
+    if (listed.front() == '(') {
+        return true;
+    }
+    bool const isAssert = id.find("_LogicAssert_") != std::string::npos;
+    std::size_t at = isAssert ? message.rfind(": ") + 2 : 0;
+    std::size_t begin = 0;
+    for (std::size_t marker = 0; marker != std::string::npos; begin = marker + 2) {
+        marker = listed.find('%', begin);
+        std::string const piece = listed.substr(begin, marker - begin);
+        std::size_t const found = message.find(piece, at);
+        if (found == std::string::npos || (begin == 0 && found != at)) {
+            return false;
+        }
+        at = found + piece.size();
+        if (marker == std::string::npos) {
+            return piece.empty() || at == message.size();
+        }
+    }
+    return false;
+}
+
+/// Whether one of the messages is the one that the list has for the id.
+inline testing::AssertionResult HasListedMessage(KorvelException const& e, std::string const& id)
+{
+    for (TStringCore const& message : e.GetMessages()) {
+        if (FitsList(message.toStdString(), id)) {
+            return testing::AssertionSuccess();
+        }
+    }
+    return testing::AssertionFailure() << "threw " << id << " with \"" << e.what()
+                                       << "\", listed is \"" << ListedMessage(id) << '"';
+}
+
+/// Whether `run` throws a KorvelException of exactly the class `type` with the id string `id` and
+/// the message listed for it.
 inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
                                             std::type_info const& type, std::string const& id)
 {
@@ -31,8 +90,8 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
         auto const* const error = dynamic_cast<KorvelException const*>(&e);
         std::string const actual =
             error != nullptr ? error->GetErrorInfo().GetError().GetName().toStdString() : "no id";
-        if (typeid(e) == type && actual == id) {
-            return testing::AssertionSuccess();
+        if (error != nullptr && typeid(e) == type && actual == id) {
+            return HasListedMessage(*error, id);
         }
         return testing::AssertionFailure()
                << "threw " << typeid(e).name() << " with " << actual << " (" << e.what()
@@ -44,6 +103,7 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
 } // namespace KorTest
 
 /// Expects `statement` to throw an exception of exactly `Class` with the error `id`
-/// ("TIOException_AutoGen_0x3DE8E9E4"). A statement with commas goes in parentheses.
+/// ("TIOException_AutoGen_0x3DE8E9E4") and its listed message. A statement with commas goes in
+/// parentheses.
 #define EXPECT_KOR_ERROR(statement, Class, id)                                                     \
     EXPECT_TRUE(KorTest::ThrowsError([&] { statement; }, typeid(Class), id))

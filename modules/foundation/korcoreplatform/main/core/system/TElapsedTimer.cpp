@@ -48,10 +48,8 @@ std::int64_t TElapsedTimer::Reset()
 
 void TElapsedTimer::Stop()
 {
-    if (IsRunning()) {
-        m_frozenMsec = ElapsedMsec();
-        m_timer->invalidate();
-    }
+    m_frozenMsec = ElapsedMsec(); // of a stopped timer: what is frozen already
+    m_timer->invalidate();
 }
 
 bool TElapsedTimer::IsRunning() const

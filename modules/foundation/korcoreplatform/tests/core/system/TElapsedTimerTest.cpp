@@ -85,6 +85,8 @@ TEST(TElapsedTimerTest, StopFreezesTheReadingUntilTheNextStart)
     EXPECT_EQ(timer.ElapsedMsec(), frozen);
     EXPECT_EQ(timer.ElapsedSec(), frozen / 1000.0);
 
+    timer.Start();
+    WaitFor(timer, 1);
     Clock::time_point const restart = Clock::now();
     timer.Start();
     double const afterRestart = timer.ElapsedMsec();
