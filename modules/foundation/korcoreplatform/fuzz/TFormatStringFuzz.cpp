@@ -92,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     TString const text = units.mid(slash + 1);
 
     char16_t literal[kLiteralUnits] = {};
-    std::copy_n(text.constData(), std::min(text.length(), kLiteralUnits), literal);
+    std::copy_n(text.constData(), std::min(text.length(), kLiteralUnits - 1), literal);
     switch (data[0] % 4) {
     case 0:
         CheckLiteral(literal);

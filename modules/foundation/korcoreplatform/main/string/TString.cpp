@@ -14,9 +14,11 @@
 
 namespace {
 
+// Qt's texts may be made over memory that ends without a zero, so their sizes bound every look.
+
 char16_t const* UnitsOf(QString const& text)
 {
-    return reinterpret_cast<char16_t const*>(text.utf16());
+    return reinterpret_cast<char16_t const*>(text.constData());
 }
 
 /// All units of a `QString`.
@@ -28,13 +30,15 @@ TStringCore WholeText(QString const& text)
 /// The units of a `QString` before its first zero unit.
 TStringCore TextToZero(QString const& text)
 {
-    return TStringCore(UnitsOf(text));
+    int const zero = text.indexOf(QChar(0));
+    return TStringCore(UnitsOf(text), zero < 0 ? text.size() : zero);
 }
 
 /// UTF-8 up to the first zero byte.
 TStringCore TextToZero(QByteArray const& utf8)
 {
-    return TStringCore::fromUtf8(utf8.constData());
+    int const zero = utf8.indexOf('\0');
+    return TStringCore::fromUtf8(utf8.constData(), zero < 0 ? utf8.size() : zero);
 }
 
 std::vector<TString> AsTStrings(std::vector<TStringCore>&& cores)
@@ -91,12 +95,17 @@ void TString::swap(QString& other)
 
 TString& TString::operator+=(QString const& text)
 {
-    return append(TextToZero(text));
+    return append(TString(TextToZero(text)));
 }
 
 TString& TString::operator+=(QByteArray const& utf8)
 {
-    return append(TextToZero(utf8));
+    return append(TString(TextToZero(utf8)));
+}
+
+TString& TString::append(QByteArray const& utf8)
+{
+    return *this += utf8;
 }
 
 TString& TString::removeAll(QRegularExpression const& expression)
@@ -302,6 +311,26 @@ TString operator+(TString const& a, char16_t b)
 TString operator+(char16_t a, TString const& b)
 {
     return Concatenated(&a, 1, b.constData(), b.length());
+}
+
+TString operator+(TString const& a, char const* b)
+{
+    return a + TString(b);
+}
+
+TString operator+(char const* a, TString const& b)
+{
+    return TString(a) + b;
+}
+
+TString operator+(TString const& a, char b)
+{
+    return a + TString(b, 1);
+}
+
+TString operator+(char a, TString const& b)
+{
+    return TString(a, 1) + b;
 }
 
 TString operator+(TString const& a, QString const& b)

@@ -6,6 +6,7 @@
 #include "korsys/main/text/TStringCore.h"
 
 #include <functional>
+#include <initializer_list>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -21,8 +22,10 @@ class QString;
 ///     if (name.endsWith(u".TXT", TString::CaseInsensitive)) { ... }
 ///
 /// Three ways to take in Qt's texts, which differ on purpose:
-/// - construction, `fromQString` and `+` take all units of a `QString`, zero units included;
-/// - comparison, search and `+=` with a `QString` take its units up to the first zero unit;
+/// - whatever else takes a `QString` takes all its units, zero units included;
+/// - comparison, `contains`, `startsWith`, `endsWith` and `+=` with a `QString` take its units up
+/// to
+///   the first zero unit;
 /// - a `QByteArray` is UTF-8 up to its first zero byte.
 /// An empty text converts to a `QString` that is null.
 class KORCOREPLATFORM_EXPORT TString : public TStringCore
@@ -46,6 +49,7 @@ public:
     TString(char const* text, int len = -1) : TStringCore(text, len) {}
     TString(char16_t c, int n) : TStringCore(c, n) {}
     TString(char c, int n) : TStringCore(c, n) {}
+    TString(TString const& text, int n) : TString(text.left(n)) {} ///< The first `n` units.
     TString(TStringCore const& text) noexcept : TStringCore(text) {}
     TString(TStringCore&& text) noexcept : TStringCore(static_cast<TStringCore&&>(text)) {}
     TString(QString const& text);
@@ -63,6 +67,10 @@ public:
     TString& operator=(char const* text) { return assign(text); }
     TString& operator=(char16_t c) { return assign(c, 1); }
     TString& operator=(char c) { return assign(c, 1); }
+    TString& operator=(std::initializer_list<char16_t> units)
+    {
+        return self(TStringCore::operator=(units));
+    }
     TString& operator=(QString const& text);
     TString& operator=(QByteArray const& utf8);
 
@@ -78,6 +86,7 @@ public:
     TString& assign(char const* text, int len = -1) { return self(TStringCore::assign(text, len)); }
     TString& assign(char16_t c, int n) { return self(TStringCore::assign(c, n)); }
     TString& assign(char c, int n) { return self(TStringCore::assign(c, n)); }
+    TString& assign(TString const& text, int n) { return assign(text.left(n)); }
     TString& set(char16_t const* text, int len = -1) { return assign(text, len); }
     void swap(TString& other) noexcept { TStringManager::swap(other); }
     void swap(QString& other);
@@ -102,6 +111,8 @@ public:
     TString& append(char const* text, int len = -1) { return self(TStringCore::append(text, len)); }
     TString& append(char16_t c) { return self(TStringCore::append(c)); }
     TString& append(char c) { return self(TStringCore::append(c)); }
+    TString& append(TString const& text, int n) { return append(text.left(n)); }
+    TString& append(QByteArray const& utf8);
     TString& append(char16_t c, int n) { return self(TStringCore::append(c, n)); }
     TString& operator+=(TString const& text) { return append(text); }
     TString& operator+=(char16_t const* text) { return append(text); }
@@ -116,6 +127,11 @@ public:
         return self(TStringCore::prepend(text, len));
     }
     TString& prepend(char16_t c) { return self(TStringCore::prepend(c)); }
+    TString& prepend(char c) { return prepend(unitOf(c)); }
+    void push_back(char16_t c) { append(c); }
+    void push_back(char c) { append(c); }
+    void push_front(char16_t c) { prepend(c); }
+    void push_front(char c) { prepend(c); }
 
     TString& insert(int pos, TString const& text) { return self(TStringCore::insert(pos, text)); }
     TString& insert(int pos, char16_t const* text, int len = -1)
@@ -123,6 +139,8 @@ public:
         return self(TStringCore::insert(pos, text, len));
     }
     TString& insert(int pos, char16_t c) { return self(TStringCore::insert(pos, c)); }
+    TString& insert(int pos, char c) { return insert(pos, unitOf(c)); }
+    TString& insert(int pos, TString const& text, int n) { return insert(pos, text.left(n)); }
     TString& insert(codepoint_const_iterator const& pos, TString const& text)
     {
         return self(TStringCore::insert(pos, text));
@@ -229,6 +247,10 @@ public:
     {
         return TStringCore::compare(other, cs);
     }
+    int compare(char const* other, CaseSensitivity cs = CaseSensitive) const
+    {
+        return TStringCore::compare(TStringCore(other), cs);
+    }
     int compare(QString const& other, CaseSensitivity cs = CaseSensitive) const;
 
     bool operator==(TString const& other) const noexcept
@@ -268,6 +290,20 @@ public:
     bool operator>=(char16_t other) const { return TStringCore::compare(other) >= 0; }
     bool operator>=(QString const& other) const { return compare(other) >= 0; }
 
+    // 8-bit text is UTF-8 here too, a single `char` Latin-1.
+    bool operator==(char other) const { return *this == unitOf(other); }
+    bool operator==(char const* other) const { return *this == TStringCore(other); }
+    bool operator!=(char other) const { return *this != unitOf(other); }
+    bool operator!=(char const* other) const { return *this != TStringCore(other); }
+    bool operator<(char other) const { return *this < unitOf(other); }
+    bool operator<(char const* other) const { return *this < TStringCore(other); }
+    bool operator<=(char other) const { return *this <= unitOf(other); }
+    bool operator<=(char const* other) const { return *this <= TStringCore(other); }
+    bool operator>(char other) const { return *this > unitOf(other); }
+    bool operator>(char const* other) const { return *this > TStringCore(other); }
+    bool operator>=(char other) const { return *this >= unitOf(other); }
+    bool operator>=(char const* other) const { return *this >= TStringCore(other); }
+
     /// The order in which people expect texts in a list, by the rules of the current locale: -1, 0
     /// or 1. Despite the name, case counts; and an empty text sorts after every other, which
     /// callers rely on. A null `other` counts as empty.
@@ -302,6 +338,10 @@ public:
     int lastIndexOf(char16_t c, int from = -1, CaseSensitivity cs = CaseSensitive) const
     {
         return TStringCore::lastIndexOf(c, from, cs);
+    }
+    int lastIndexOf(char c, int from = -1, CaseSensitivity cs = CaseSensitive) const
+    {
+        return TStringCore::lastIndexOf(unitOf(c), from, cs);
     }
     bool contains(TString const& text, CaseSensitivity cs = CaseSensitive) const
     {
@@ -352,6 +392,14 @@ public:
     {
         return TStringCore::startsWith(c, cs);
     }
+    bool startsWith(char const* text, CaseSensitivity cs = CaseSensitive) const
+    {
+        return TStringCore::startsWith(TStringCore(text), cs);
+    }
+    bool startsWith(char c, CaseSensitivity cs = CaseSensitive) const
+    {
+        return TStringCore::startsWith(unitOf(c), cs);
+    }
     bool startsWith(QString const& text, CaseSensitivity cs = CaseSensitive) const;
     bool endsWith(TString const& text, CaseSensitivity cs = CaseSensitive) const
     {
@@ -364,6 +412,14 @@ public:
     bool endsWith(char16_t c, CaseSensitivity cs = CaseSensitive) const
     {
         return TStringCore::endsWith(c, cs);
+    }
+    bool endsWith(char const* text, CaseSensitivity cs = CaseSensitive) const
+    {
+        return TStringCore::endsWith(TStringCore(text), cs);
+    }
+    bool endsWith(char c, CaseSensitivity cs = CaseSensitive) const
+    {
+        return TStringCore::endsWith(unitOf(c), cs);
     }
     bool endsWith(QString const& text, CaseSensitivity cs = CaseSensitive) const;
     TString spanIncluding(TString const& set) const { return TStringCore::spanIncluding(set); }
@@ -656,14 +712,17 @@ public:
     TString& MakeUpper() { return *this = toUpper(); }
     TString& Trim() { return trim(); }
     TString& Trim(char16_t c) { return trim(c); }
+    TString& Trim(char c) { return trim(c); }
     TString& Trim(char16_t const* set) { return trim(set); }
     TString& Trim(TString const& set) { return trim(set); }
     TString& TrimLeft() { return trimLeft(); }
     TString& TrimLeft(char16_t c) { return trimLeft(c); }
+    TString& TrimLeft(char c) { return trimLeft(c); }
     TString& TrimLeft(char16_t const* set) { return trimLeft(set); }
     TString& TrimLeft(TString const& set) { return trimLeft(set); }
     TString& TrimRight() { return trimRight(); }
     TString& TrimRight(char16_t c) { return trimRight(c); }
+    TString& TrimRight(char c) { return trimRight(c); }
     TString& TrimRight(char16_t const* set) { return trimRight(set); }
     TString& TrimRight(TString const& set) { return trimRight(set); }
     TString& Truncate(int n) { return truncate(n); }
@@ -696,6 +755,10 @@ KORCOREPLATFORM_EXPORT TString operator+(TString const& a, char16_t const* b);
 KORCOREPLATFORM_EXPORT TString operator+(char16_t const* a, TString const& b);
 KORCOREPLATFORM_EXPORT TString operator+(TString const& a, char16_t b);
 KORCOREPLATFORM_EXPORT TString operator+(char16_t a, TString const& b);
+KORCOREPLATFORM_EXPORT TString operator+(TString const& a, char const* b);
+KORCOREPLATFORM_EXPORT TString operator+(char const* a, TString const& b);
+KORCOREPLATFORM_EXPORT TString operator+(TString const& a, char b);
+KORCOREPLATFORM_EXPORT TString operator+(char a, TString const& b);
 KORCOREPLATFORM_EXPORT TString operator+(TString const& a, QString const& b);
 KORCOREPLATFORM_EXPORT TString operator+(QString const& a, TString const& b);
 
@@ -709,6 +772,14 @@ inline TString operator+(TString&& a, char16_t const* b)
     return static_cast<TString&&>(a.append(b));
 }
 inline TString operator+(TString&& a, char16_t b)
+{
+    return static_cast<TString&&>(a.append(b));
+}
+inline TString operator+(TString&& a, char const* b)
+{
+    return static_cast<TString&&>(a.append(b));
+}
+inline TString operator+(TString&& a, char b)
 {
     return static_cast<TString&&>(a.append(b));
 }

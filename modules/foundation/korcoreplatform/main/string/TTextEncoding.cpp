@@ -250,7 +250,7 @@ TString TStringFromEncoding(char const* data, char const* encodingName, bool* fa
     }
     int const size = TStringErrors::CheckedSum(static_cast<std::int64_t>(std::strlen(data)));
     std::unique_ptr<QTextDecoder> const decoder(codec->makeDecoder());
-    TString const text(decoder->toUnicode(data, size));
+    TString text(decoder->toUnicode(data, size));
     if (failed != nullptr) {
         *failed = decoder->hasFailure();
     }

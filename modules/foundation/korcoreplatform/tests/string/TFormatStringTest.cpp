@@ -200,7 +200,8 @@ TEST(TFormatStringTest, EveryKindOfValueHasItsText)
     expectText(__LINE__, LLONG_MIN, u"-9223372036854775808");
     expectText(__LINE__, ULLONG_MAX, u"18446744073709551615");
     expectText(__LINE__, -1234567.0f, u"-1.23457e+06");
-    expectText(__LINE__, u"lit\0eral", u"lit"); // ends at its zero
+    char16_t const literal[] = {u'l', u'i', u't', u'\0', u'x', u'\0'};
+    expectText(__LINE__, literal, u"lit");
     expectText(__LINE__, "\xC3\xA4", u"\u00E4");
     expectText(__LINE__, static_cast<char16_t const*>(nullptr), u"");
     expectText(__LINE__, static_cast<char const*>(nullptr), u"");

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <type_traits>
 #include <unordered_map>
+#include <vector>
 
 namespace {
 
@@ -40,6 +41,18 @@ TEST(TStringQtTest, TakesQtTextsInThreeWays)
     TString assigned(u"old");
     assigned = bytes;
     EXPECT_EQ(assigned, u"\u00E4b");
+}
+
+TEST(TStringQtTest, ReadsNothingBehindTextsWithoutAZero)
+{
+    std::vector<char> const bytes = {'a', 'b', 'c'};
+    std::vector<QChar> const units = {QChar('a'), QChar('b')};
+    QByteArray const raw = QByteArray::fromRawData(bytes.data(), 2);
+    QString const qRaw = QString::fromRawData(units.data(), 1);
+    EXPECT_EQ(TString(raw), u"ab");
+    EXPECT_EQ(TString(u"-").append(raw), u"-ab");
+    EXPECT_EQ(TString(u"-") += qRaw, u"-a");
+    EXPECT_TRUE(TString(u"a") == qRaw);
 }
 
 TEST(TStringQtTest, GivesQtTexts)
@@ -162,7 +175,24 @@ TEST(TStringTest, NarrowTextIsUtf8AndNarrowUnitsAreLatin1)
     EXPECT_EQ(TString("\xC3\xA4"), u"\u00E4");
     EXPECT_EQ(TString('\xE4', 2), u"\u00E4\u00E4");
     EXPECT_EQ(TString(u"x").append("\xC3\xA4").append('\xE4'), u"x\u00E4\u00E4");
-    EXPECT_TRUE(TString(u"x\u00E4").contains("\xC3\xA4"));
+    TString const text(u"x\u00E4");
+    EXPECT_TRUE(text.contains("\xC3\xA4") && text.endsWith("\xC3\xA4") && text == "x\xC3\xA4");
+    EXPECT_TRUE(text.endsWith('\xE4') && text.lastIndexOf('\xE4') == 1 && text != '\xE4');
+    EXPECT_EQ(TString(u"x") + '\xE4', text);
+    EXPECT_EQ("x" + TString('\xE4', 1), text);
+    EXPECT_EQ(TString('\xE4', 1).prepend('x').insert(1, '\xE4').Trim('\xE4'), u"x");
+}
+
+TEST(TStringTest, ALengthWithATextIsNoLengthOfAPointer)
+{
+    TString const text(u"abc");
+    EXPECT_EQ(TString(text, 40), text);
+    EXPECT_EQ(TString(u"-").append(text, 2), u"-ab");
+    EXPECT_EQ(TString(u"-").insert(0, text, 40), u"abc-");
+    TString assigned(u"old");
+    EXPECT_EQ(assigned.assign(text, 1), u"a");
+    assigned = {};
+    EXPECT_TRUE(assigned.isEmpty());
 }
 
 } // namespace

@@ -28,28 +28,28 @@ constexpr bool kIsAvailable = true;
 
 extern "C" {
 
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* block, std::size_t size);
+void* TrueMalloc(std::size_t size) __asm__("__libc_malloc");
+void* TrueCalloc(std::size_t count, std::size_t size) __asm__("__libc_calloc");
+void* TrueRealloc(void* block, std::size_t size) __asm__("__libc_realloc");
 
 // The program's own definitions come before those of the C library, for every library in it.
 
 __attribute__((visibility("default"))) void* malloc(std::size_t size) noexcept
 {
     ++t_allocations;
-    return __libc_malloc(size);
+    return TrueMalloc(size);
 }
 
 __attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size) noexcept
 {
     ++t_allocations;
-    return __libc_calloc(count, size);
+    return TrueCalloc(count, size);
 }
 
 __attribute__((visibility("default"))) void* realloc(void* block, std::size_t size) noexcept
 {
     ++t_allocations;
-    return __libc_realloc(block, size);
+    return TrueRealloc(block, size);
 }
 
 } // extern "C"

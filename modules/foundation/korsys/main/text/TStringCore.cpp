@@ -35,8 +35,7 @@ void CheckReadIndex(std::int64_t index, int length)
 
 std::int64_t SignedIndex(unsigned long index)
 {
-    return index > static_cast<unsigned long>(INT32_MAX) ? INT32_MAX
-                                                         : static_cast<std::int64_t>(index);
+    return static_cast<std::int64_t>(std::min<unsigned long>(index, INT64_MAX));
 }
 
 /// Positions found in a text: on the stack while they are few.
@@ -172,11 +171,18 @@ TStringCore& TStringCore::assign(char c, int n)
     return *this = TStringCore(c, n);
 }
 
+TStringCore& TStringCore::operator=(std::initializer_list<char16_t> units)
+{
+    return assign(units.begin(), CheckedSum(static_cast<std::int64_t>(units.size())));
+}
+
 // Size and storage
 
 int TStringCore::length(char16_t const* text) noexcept
 {
-    return text == nullptr ? 0 : static_cast<int>(TextConversion::Length(text));
+    // More than `kMaxLength` stands for "too long": no text is, and none can be made of it.
+    std::size_t const units = text == nullptr ? 0 : TextConversion::Length(text);
+    return static_cast<int>(std::min<std::size_t>(units, INT32_MAX));
 }
 
 int TStringCore::lengthInCodePoints() const noexcept
@@ -562,7 +568,11 @@ int TStringCore::compareN(char16_t const* a, char16_t const* b, int n, CaseSensi
         if (n < 0 || text == nullptr) {
             return CheckedLength(text, std::min(n, -1));
         }
-        return static_cast<int>(std::find(text, text + n, char16_t(0)) - text);
+        int length = 0;
+        while (length < n && text[length] != 0) {
+            ++length;
+        }
+        return length;
     };
     int const aLength = bounded(a);
     int const bLength = bounded(b);

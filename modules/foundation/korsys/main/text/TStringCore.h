@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <initializer_list>
 #include <iosfwd>
 #include <iterator>
 #include <string>
@@ -97,6 +98,7 @@ public:
     TStringCore& operator=(char const* text) { return assign(text); }
     TStringCore& operator=(char16_t c) { return assign(c, 1); }
     TStringCore& operator=(char c) { return assign(c, 1); }
+    TStringCore& operator=(std::initializer_list<char16_t> units);
 
     TStringCore& assign(TStringCore const& other);
     TStringCore& assign(TStringCore&& other) noexcept;
@@ -173,9 +175,9 @@ public:
     void push_back(char16_t c) { append(c); }
     void push_front(char16_t c) { prepend(c); }
 
-    /// Inserts before the unit at `pos`. A position behind the end is first padded up to with
-    /// blanks; a negative one counts from the end for a unit, and for texts does nothing. An empty
-    /// text changes nothing.
+    /// Inserts before the unit at `pos`, which as an iterator is one of this text. A position
+    /// behind the end is first padded up to with blanks; a negative one counts from the end for a
+    /// unit, and for texts does nothing. An empty text changes nothing.
     TStringCore& insert(int pos, TStringCore const& text);
     TStringCore& insert(int pos, char16_t const* text, int len = -1);
     TStringCore& insert(int pos, char16_t c);
@@ -217,7 +219,8 @@ public:
     int compare(char16_t const* other, CaseSensitivity cs = CaseSensitive) const;
     int compare(char16_t other, CaseSensitivity cs = CaseSensitive) const;
 
-    /// Compares the first `n` units of two texts, or what there is of them up to a zero.
+    /// Compares the first `n` units of two texts, or what there is of them up to a zero; with -1
+    /// all up to the zero. A null pointer counts as empty.
     static int compareN(char16_t const* a, char16_t const* b, int n,
                         CaseSensitivity cs = CaseSensitive);
 
@@ -450,8 +453,8 @@ public:
     /// Length of the number that starts the text, white space not skipped; 0 when there is none.
     int leftIntegerLength(int base = 10) const;
     int leftDoubleLength() const;
-    static int leftIntegerLength(char16_t const* text, int len, int base = 10);
-    static int leftDoubleLength(char16_t const* text, int len);
+    static int leftIntegerLength(char16_t const* text, int len = -1, int base = 10);
+    static int leftDoubleLength(char16_t const* text, int len = -1);
 
     /// An address in lower-case hexadecimal digits: "0x7f…", padded to 16 digits when asked for.
     static TStringCore pointer(void const* address, bool prefix = true, bool padded = false);
@@ -506,7 +509,9 @@ protected:
     template <class Text>
     Text taken(Part part) const
     {
-        return part.length == length() ? Text(*this) : Text(constData() + part.from, part.length);
+        return part.length == length() && part.length > kShortCapacity
+                   ? Text(*this)
+                   : Text(constData() + part.from, part.length);
     }
 
     // These fill a new text in place, of this class or of one derived from it: a text that is made
@@ -556,9 +561,34 @@ inline bool operator!=(TStringCore const& a, char16_t const* b) noexcept
 {
     return !(a == b);
 }
+inline bool operator==(TStringCore const& a, char16_t b) noexcept
+{
+    return a.equals(&b, 1);
+}
+
+inline bool operator!=(TStringCore const& a, char16_t b) noexcept
+{
+    return !(a == b);
+}
+
 inline bool operator<(TStringCore const& a, TStringCore const& b)
 {
     return a.compare(b) < 0;
+}
+
+inline bool operator<=(TStringCore const& a, TStringCore const& b)
+{
+    return a.compare(b) <= 0;
+}
+
+inline bool operator>(TStringCore const& a, TStringCore const& b)
+{
+    return a.compare(b) > 0;
+}
+
+inline bool operator>=(TStringCore const& a, TStringCore const& b)
+{
+    return a.compare(b) >= 0;
 }
 
 /// Writes the text as UTF-8; a stream's width and fill count bytes.

@@ -32,11 +32,6 @@ int CheckedLength(Unit const* text, int len, Measure const& measure)
     return len < 0 ? measure(text) : len;
 }
 
-inline int CheckedLength(char16_t const* text, int len)
-{
-    return CheckedLength(text, len, [](char16_t const* p) { return TStringCore::length(p); });
-}
-
 /// A length computed in 64 bits, as the `int` it has to be.
 inline int CheckedSum(std::int64_t length)
 {
@@ -44,6 +39,13 @@ inline int CheckedSum(std::int64_t length)
         ThrowTooLong(length);
     }
     return static_cast<int>(length);
+}
+
+inline int CheckedLength(char16_t const* text, int len)
+{
+    int const n =
+        CheckedLength(text, len, [](char16_t const* p) { return TStringCore::length(p); });
+    return CheckedSum(n); // the text at the pointer may be longer than any text of ours
 }
 
 } // namespace TStringErrors

@@ -108,7 +108,7 @@ public:
     {
         char16_t units[kUnits];
         std::memcpy(units, m_units, sizeof(m_units));
-        std::memcpy(m_units, other.m_units, sizeof(m_units));
+        std::memmove(m_units, other.m_units, sizeof(m_units)); // of itself, perhaps
         std::memcpy(other.m_units, units, sizeof(m_units));
     }
 
@@ -119,6 +119,8 @@ public:
 
     /// Units that fit without another block.
     int capacity() const noexcept { return isLong() ? header()->capacity : kShortCapacity; }
+
+    char16_t const* data() const noexcept { return constData(); }
 
     /// The units for writing, on a block of the object's own. The pointer is good until the next
     /// change or copy of the object.

@@ -8,9 +8,10 @@
 #include <QByteArray>
 #include <QString>
 
+#include <algorithm>
+#include <iterator>
 #include <random>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace {
@@ -70,13 +71,20 @@ TEST(TUUIDTest, FormsAgreeWithQtAndReadBackWhatTheyWrote)
         ASSERT_EQ(id.ToRFC4122(), bytes) << id;
         ASSERT_EQ(TString(id), TString(qUuid.toString().toUpper())) << id;
         ASSERT_EQ(std::hash<TUUID>()(id), qHash(qUuid, 0)) << id;
+        QUuid const qOther = i % 2 == 0 ? TUUID::FromRFC4122(RandomBytes(random)) : id;
+        TUUID const other = qOther;
+        bool const answers[] = {id == other, id != other, id > other,
+                                id >= other, id < other,  id <= other};
+        bool const expected[] = {qUuid == qOther, qUuid != qOther, qUuid > qOther,
+                                 qUuid >= qOther, qUuid < qOther,  qUuid <= qOther};
+        ASSERT_TRUE(std::equal(answers, std::end(answers), expected)) << id << " and " << other;
         TString const text = id.ToString(TUUIDFormatOption::Base36);
         ASSERT_EQ(TUUID::FromBase36(text), id) << text;
         ASSERT_EQ(TUUID::FromBase36(text.toUpper() + u"?"), id) << text;
     }
 }
 
-TEST(TUUIDTest, TextsAreAcceptedAsQtAcceptsThem)
+TEST(TUUIDTest, TextsAreReadAsQtReadsThem)
 {
     constexpr char16_t kUnits[] = u"0fFgG{}- @`/:\0\u00E6\u0130\u0661\u0131\uFF10";
     std::mt19937 random(302);
@@ -99,50 +107,21 @@ TEST(TUUIDTest, TextsAreAcceptedAsQtAcceptsThem)
     }
     EXPECT_GT(accepted, 2000); // both answers were compared
     EXPECT_LT(accepted, 18000);
+}
+
+TEST(TUUIDTest, ArgumentsThatAreNoIdGiveTheNullId)
+{
     EXPECT_TRUE(TUUID(static_cast<char const*>(nullptr)).IsNull());
     EXPECT_TRUE(TUUID(static_cast<char16_t const*>(nullptr)).IsNull());
     EXPECT_TRUE(TUUID(u"00000001000200030004000500000006").IsNull());
-}
-
-TEST(TUUIDTest, BytesOtherThanSixteenGiveTheNullId)
-{
     std::vector<unsigned char> const bytes(17, 1);
-    EXPECT_TRUE(TUUID::FromRFC4122(std::vector<unsigned char>(15, 1)).IsNull());
     EXPECT_TRUE(TUUID::FromRFC4122(bytes).IsNull());
     EXPECT_TRUE(TUUID::FromRFC4122(bytes.data(), 15).IsNull());
     EXPECT_TRUE(TUUID::FromRFC4122(nullptr, 16).IsNull());
     EXPECT_FALSE(TUUID::FromRFC4122(bytes.data(), 16).IsNull());
-}
-
-TEST(TUUIDTest, IdsOrderByVariantAndThenByField)
-{
-    TUUID const ordered[] = {
-        u"{FFFFFFFF-FFFF-FFFF-7FFF-FFFFFFFFFFFF}", // the variants come first
-        u"{00000001-0000-0000-8000-000000000000}", u"{00000001-0000-0000-8000-000000000001}",
-        u"{00000001-0001-0000-8000-000000000000}", u"{00000002-0000-0000-8000-000000000000}",
-        u"{00000000-0000-0000-C000-000000000000}",
-    };
-    for (TUUID const& a : ordered) {
-        for (TUUID const& b : ordered) {
-            SCOPED_TRACE(testing::Message() << a << " and " << b);
-            EXPECT_EQ(a == b, &a == &b);
-            EXPECT_EQ(a != b, &a != &b);
-            EXPECT_EQ(a < b, &a < &b);
-            EXPECT_EQ(a > b, &a > &b);
-            EXPECT_EQ(a <= b, &a <= &b);
-            EXPECT_EQ(a >= b, &a >= &b);
-        }
-    }
-}
-
-TEST(TUUIDTest, CreatedIdsAreRandomAndDiffer)
-{
-    std::unordered_set<TUUID> ids;
-    for (int i = 0; i < 100; ++i) {
-        TUUID const id = TUUID::CreateUUID();
-        EXPECT_EQ(static_cast<QUuid const&>(id).version(), QUuid::Random);
-        EXPECT_TRUE(ids.insert(id).second) << id;
-    }
+    TUUID const created = TUUID::CreateUUID();
+    EXPECT_EQ(static_cast<QUuid const&>(created).version(), QUuid::Random);
+    EXPECT_NE(created, TUUID::CreateUUID());
 }
 
 TEST(TUUIDTest, FromBase36RejectsBadTextWithItsOwnError)
@@ -158,8 +137,8 @@ TEST(TUUIDTest, FromBase36RejectsBadTextWithItsOwnError)
         {__LINE__, u"000000000000000000000000000", kTooShort}, // 27 characters
         {__LINE__, u"!!!!!!!!!!!!!!!!!!!!!!!!!!!", kTooShort},
         {__LINE__, u"000000000000000000000000000!", kNotANumber}, // not a base-36 digit
-        {__LINE__, u"!000000000000000000000000000",
-         kNotANumber}, // later groups do not make it good
+        // Later groups do not make up for it.
+        {__LINE__, u"!000000000000000000000000000", kNotANumber},
         {__LINE__, u"0000000       00000000000000", kNotANumber},
         {__LINE__, u"0000000000000000000001z141z4", kNotANumber}, // one more than 32 bits hold
     };
