@@ -1,6 +1,5 @@
 #include "korcoreplatform/main/string/TString.h"
 
-#include "korcoreplatform/main/string/TTextEncoding.h"
 #include "korsys/main/system/TCollator.h"
 #include "korsys/main/text/TStringErrors_p.h"
 
@@ -214,11 +213,6 @@ TString TString::normalized(NormalizationForm form) const
 TString TString::fromQString(QString const& text)
 {
     return TString(text);
-}
-
-TString TString::fromEncoding(char const* data, char const* encodingName, bool* failed)
-{
-    return TStringFromEncoding(data, encodingName, failed);
 }
 
 QString TString::toQString() const

@@ -256,3 +256,9 @@ TString TStringFromEncoding(char const* data, char const* encodingName, bool* fa
     }
     return text;
 }
+
+// Stands here, so that the text type does not depend on what is made of it.
+TString TString::fromEncoding(char const* data, char const* encodingName, bool* failed)
+{
+    return TStringFromEncoding(data, encodingName, failed);
+}

@@ -55,10 +55,10 @@ public:
 
     operator QUuid&() noexcept { return m_uuid; }
     operator QUuid const&() const noexcept { return m_uuid; }
-    operator TString() const { return ToString(TUUIDFormatOption::Braced); }
+    operator TString() const { return ToString(); }
 
     /// Writes one of the text forms; a number that names none writes `Braced`.
-    TString ToString(TUUIDFormatOption format) const;
+    TString ToString(TUUIDFormatOption format = TUUIDFormatOption::Braced) const;
 
     std::vector<unsigned char> ToRFC4122() const; ///< Sixteen bytes, each field big-endian.
 
