@@ -7,7 +7,7 @@ struct KorvelException::State
 {
     std::vector<TStringCore> messages;
     std::shared_ptr<TError::ErrorInfo const> errorInfo; ///< Outlives changes of the messages.
-    std::string what; ///< The joined messages in UTF-8.
+    std::string what;                                   ///< The joined messages in UTF-8.
 };
 
 KorvelException::KorvelException(TStringCore const& message, TError::ErrorInfo const& errorInfo)

@@ -361,7 +361,11 @@ public:
 
     TStringCore& setNum(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
     TStringCore& setNum(unsigned short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
-    TStringCore& setNum(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
+    TStringCore& setNum(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
+    {
+        return base == 10 && fieldWidth == 0 ? setDecimal(v)
+                                             : setNum(static_cast<long>(v), base, fieldWidth, fill);
+    }
     TStringCore& setNum(unsigned int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
     TStringCore& setNum(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
     TStringCore& setNum(unsigned long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ');
@@ -527,6 +531,8 @@ protected:
         (text.*become)(arguments...);
         return text;
     }
+
+    TStringCore& setDecimal(int v);
 
     static char16_t unitOf(char c) noexcept { return static_cast<unsigned char>(c); }
 

@@ -102,15 +102,11 @@ bool HasUnpairedSurrogate(TStringCore const& text)
 
 // Numbers
 
-TStringCore& TStringCore::setNum(int v, int base, int fieldWidth, char16_t fill)
+TStringCore& TStringCore::setDecimal(int v)
 {
     static_assert(NumberText::kMaxDecimal32Units <= kShortCapacity);
-    if (base == 10 && fieldWidth == 0) {
-        becomeShort();
-        setShortLength(NumberText::WriteDecimal(shortUnits(), std::int32_t(v)));
-    } else {
-        SetSigned(*this, v, base, fieldWidth, fill);
-    }
+    becomeShort();
+    setShortLength(NumberText::WriteDecimal(shortUnits(), std::int32_t(v)));
     return *this;
 }
 

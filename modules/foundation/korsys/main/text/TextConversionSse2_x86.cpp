@@ -241,7 +241,8 @@ bool IsAsciiSse2(char16_t const* text, std::size_t n)
 
 /// Reads whole aligned blocks, which never touch a page that the text does not, but may begin
 /// before the text and end behind it.
-__attribute__((no_sanitize_address, no_sanitize_thread)) std::size_t LengthSse2(char16_t const* zeroTerminated)
+__attribute__((no_sanitize_address, no_sanitize_thread)) std::size_t
+LengthSse2(char16_t const* zeroTerminated)
 {
     auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
     std::size_t const before = address % kBlock;

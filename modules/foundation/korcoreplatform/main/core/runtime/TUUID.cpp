@@ -147,26 +147,44 @@ unsigned AsNumber(Unit unit)
     return std::make_unsigned_t<Unit>(unit);
 }
 
-/// The number that 4 or 8 digits are; negative when one of them is none, as the sign of its value
-/// stays to the end. Nearly every text is good, so there is no branch for each digit.
-template <int digits, class Unit>
-std::int64_t ReadHex(Unit const* text)
+template <class Unit>
+std::int64_t DigitValue(Unit unit)
 {
-    std::int64_t value = 0;
-    for (int i = 0; i < digits; ++i) {
-        value = value * 16 | kDigitValues[AsNumber(text[i]) & 0xFF];
-    }
-    return value;
+    return kDigitValues[AsNumber(unit) & 0xFF];
 }
 
+/// The number that four digits are; negative when one of them is none, as the sign of its value
+/// stays to the end. Nearly every text is good, so there is no branch for each digit.
 template <class Unit>
-bool IsLatin1(Unit const* text, std::size_t length)
+std::int64_t ReadFour(Unit const* text)
 {
-    unsigned all = 0;
-    for (std::size_t i = 0; i < length; ++i) {
-        all |= AsNumber(text[i]);
+    return DigitValue(text[0]) * 4096 | DigitValue(text[1]) * 256 | DigitValue(text[2]) * 16 |
+           DigitValue(text[3]);
+}
+
+/// Two groups of four digits as one number, negative as above.
+template <class Unit>
+std::int64_t ReadEight(Unit const* high, Unit const* low)
+{
+    return ReadFour(high) * 65536 | ReadFour(low);
+}
+
+bool IsLatin1(char const*)
+{
+    return true;
+}
+
+/// Looks at the units of an identifier, four at a time.
+bool IsLatin1(char16_t const* text)
+{
+    static_assert(kUnbracedUnits % 4 == 0);
+    std::uint64_t all = 0;
+    for (std::size_t i = 0; i < kUnbracedUnits; i += 4) {
+        std::uint64_t four;
+        std::memcpy(&four, text + i, sizeof(four));
+        all |= four;
     }
-    return all <= 0xFF;
+    return (all & 0xFF00FF00FF00FF00u) == 0;
 }
 
 /// Reads an identifier from the start of a text of `length` units.
@@ -178,14 +196,14 @@ QUuid FromHex(Unit const* text, std::size_t length)
         --length;
     }
     if (length < kUnbracedUnits || text[8] != Unit('-') || text[13] != Unit('-') ||
-        text[18] != Unit('-') || text[23] != Unit('-') || !IsLatin1(text, kUnbracedUnits)) {
+        text[18] != Unit('-') || text[23] != Unit('-') || !IsLatin1(text)) {
         return QUuid();
     }
     std::int64_t const words[] = {
-        ReadHex<8>(text),
-        ReadHex<4>(text + 9) * 65536 | ReadHex<4>(text + 14),
-        ReadHex<4>(text + 19) * 65536 | ReadHex<4>(text + 24),
-        ReadHex<8>(text + 28),
+        ReadEight(text, text + 4),
+        ReadEight(text + 9, text + 14),
+        ReadEight(text + 19, text + 24),
+        ReadEight(text + 28, text + 32),
     };
     if ((words[0] | words[1] | words[2] | words[3]) < 0) {
         return QUuid();
