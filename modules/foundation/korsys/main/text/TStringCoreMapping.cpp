@@ -32,12 +32,20 @@ int CountLoneLineFeeds(TStringCore const& text)
     return text.count(u'\n') - pairs;
 }
 
+/// Most texts that change do so at the first letter; seeing that saves a search.
+bool ChangesAtOnce(char16_t first, CaseMapping::LetterCase to)
+{
+    return to == CaseMapping::LetterCase::Upper ? first >= u'a' && first <= u'z'
+                                                : first >= u'A' && first <= u'Z';
+}
+
 /// Makes `result`, an empty text, the mapped `text`.
 void MapTo(TStringCore& result, TStringCore const& text, CaseMapping::LetterCase to)
 {
     char16_t const* const from = text.constData();
     int const length = text.length();
-    int const unchanged = CaseMapping::FindChange(to, from, length);
+    int const unchanged =
+        ChangesAtOnce(from[0], to) ? 0 : CaseMapping::FindChange(to, from, length);
     if (unchanged == length) {
         result = text;
         return;

@@ -33,16 +33,18 @@ Words WordsOf(QUuid const& uuid)
             BigEndian32(uuid.data4 + 4)};
 }
 
-QUuid FromWords(Words const& words)
+/// The byte of a word, 0 for the most significant one.
+unsigned char ByteOf(std::uint32_t word, int index)
 {
-    QUuid uuid;
-    uuid.data1 = words[0];
-    uuid.data2 = static_cast<std::uint16_t>(words[1] >> 16);
-    uuid.data3 = static_cast<std::uint16_t>(words[1]);
-    for (unsigned i = 0; i < 8; ++i) {
-        uuid.data4[i] = static_cast<unsigned char>(words[2 + i / 4] >> (24 - i % 4 * 8));
-    }
-    return uuid;
+    return static_cast<unsigned char>(word >> (24 - 8 * index));
+}
+
+inline QUuid FromWords(Words const& words)
+{
+    auto const [a, b, c, d] = words;
+    return QUuid(a, static_cast<ushort>(b >> 16), static_cast<ushort>(b), ByteOf(c, 0),
+                 ByteOf(c, 1), ByteOf(c, 2), ByteOf(c, 3), ByteOf(d, 0), ByteOf(d, 1), ByteOf(d, 2),
+                 ByteOf(d, 3));
 }
 
 QUuid FromBigEndian(unsigned char const* bytes)
@@ -147,10 +149,11 @@ unsigned AsNumber(Unit unit)
     return std::make_unsigned_t<Unit>(unit);
 }
 
+/// Requires: a Latin-1 character.
 template <class Unit>
 std::int64_t DigitValue(Unit unit)
 {
-    return kDigitValues[AsNumber(unit) & 0xFF];
+    return kDigitValues[AsNumber(unit)];
 }
 
 /// The number that four digits are; negative when one of them is none, as the sign of its value
