@@ -21,11 +21,10 @@ class QString;
 ///     TString const name = TString(u"report").toUpper() + u".txt";
 ///     if (name.endsWith(u".TXT", TString::CaseInsensitive)) { ... }
 ///
-/// Three ways to take in Qt's texts, which differ on purpose:
-/// - whatever else takes a `QString` takes all its units, zero units included;
-/// - comparison, `contains`, `startsWith`, `endsWith` and `+=` with a `QString` take its units up
-/// to
+/// Qt's texts are taken in three ways, which differ on purpose:
+/// - comparison, `contains`, `startsWith`, `endsWith` and `+=` take the units of a `QString` up to
 ///   the first zero unit;
+/// - everything else takes all units of a `QString`, zero units included;
 /// - a `QByteArray` is UTF-8 up to its first zero byte.
 /// An empty text converts to a `QString` that is null.
 class KORCOREPLATFORM_EXPORT TString : public TStringCore

@@ -64,7 +64,6 @@ public:
     using difference_type = std::ptrdiff_t;
     using reference = char16_t&;
     using const_reference = char16_t const&;
-    using pointer_type = char16_t*;
     using iterator = char16_t*;
     using const_iterator = char16_t const*;
     using reverse_iterator = std::reverse_iterator<iterator>;
@@ -532,7 +531,7 @@ protected:
         return text;
     }
 
-    TStringCore& setDecimal(int v);
+    TStringCore& setDecimal(int v); ///< The common case of `setNum`.
 
     static char16_t unitOf(char c) noexcept { return static_cast<unsigned char>(c); }
 
@@ -563,10 +562,12 @@ inline bool operator!=(TStringCore const& a, TStringCore const& b) noexcept
 {
     return !(a == b);
 }
+
 inline bool operator!=(TStringCore const& a, char16_t const* b) noexcept
 {
     return !(a == b);
 }
+
 inline bool operator==(TStringCore const& a, char16_t b) noexcept
 {
     return a.equals(&b, 1);
