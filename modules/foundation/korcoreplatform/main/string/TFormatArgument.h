@@ -93,6 +93,7 @@ private:
 template <class Integer>
 Written OfInteger(Integer number) noexcept
 {
+    static_assert(sizeof(Integer) <= sizeof(long long), "an integer this wide cannot be formatted");
     constexpr bool isSigned = std::is_signed_v<Integer>;
     if constexpr (sizeof(Integer) <= sizeof(int)) {
         return Written(static_cast<std::conditional_t<isSigned, int, unsigned int>>(number));

@@ -72,6 +72,11 @@ TFormatString& TFormatString::arg(char16_t c, int fieldWidth, char16_t fill)
     return arg(TString(c, 1), fieldWidth, fill);
 }
 
+TFormatString& TFormatString::arg(char c, int fieldWidth, char16_t fill)
+{
+    return arg(TString(c, 1), fieldWidth, fill);
+}
+
 TFormatString& TFormatString::arg(short v, int fieldWidth, int base, char16_t fill)
 {
     return arg(TString::number(v, base), fieldWidth, fill);

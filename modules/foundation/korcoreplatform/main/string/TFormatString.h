@@ -63,9 +63,11 @@ public:
     /// Bind the next parameter. A positive field width pads the text on the left up to that width,
     /// a negative one on the right; a longer text is never cut. Numbers are padded as finished
     /// texts: zeros as fill come before the sign. Throws: `StringException` with id
-    /// AutoGen_0x30E31408 for a base outside 2 to 64.
+    /// AutoGen_0x30E31408 for a base outside 2 to 64, AutoGen_0xC83B3D89 for a field wider than the
+    /// longest text.
     TFormatString& arg(TString const& value, int fieldWidth = 0, char16_t fill = u' ');
     TFormatString& arg(char16_t c, int fieldWidth = 0, char16_t fill = u' ');
+    TFormatString& arg(char c, int fieldWidth = 0, char16_t fill = u' '); ///< A Latin-1 character.
     TFormatString& arg(short v, int fieldWidth = 0, int base = 10, char16_t fill = u' ');
     TFormatString& arg(unsigned short v, int fieldWidth = 0, int base = 10, char16_t fill = u' ');
     TFormatString& arg(int v, int fieldWidth = 0, int base = 10, char16_t fill = u' ');

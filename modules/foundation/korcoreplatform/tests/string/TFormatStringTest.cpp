@@ -121,6 +121,7 @@ TEST(TFormatStringTest, FieldsArePadded)
     EXPECT_EQ(one().arg(u"abcdef", 4).result(), u"abcdef");
     EXPECT_EQ(one().arg(u"abcdef", -4).result(), u"abcdef");
     EXPECT_EQ(one().arg(u'c', 3, u'-').result(), u"--c");
+    EXPECT_EQ(one().arg('\xE4', -3, u'-').result(), u"\u00E4--");
     EXPECT_EQ(one().arg(-5, 6, 10, u'0').result(), u"0000-5"); // the finished text is padded
     EXPECT_EQ(one().arg(3.5, 9, 'f', -1, u'_').result(), u"_3.500000");
     EXPECT_EQ(one().arg(3.5, -6, 'f', 2, u'_', true).result(), u"3.5___");

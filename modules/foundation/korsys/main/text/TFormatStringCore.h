@@ -7,7 +7,7 @@
 
 #include <vector>
 
-/// A template and the values of its markers "%1" to "%99". Rendering never fails, so that a
+/// A template and the values of its markers "%1" to "%99". Rendering finds no fault, so that a
 /// message about a failure cannot fail itself: what is not a marker with a value stays as written.
 ///
 ///     TFormatStringCore("%1 of %2").arg({u"3", u"7"}).result() // "3 of 7"
