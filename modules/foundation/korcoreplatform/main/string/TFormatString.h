@@ -60,9 +60,9 @@ public:
 
     TString const& formatString() const noexcept { return m_formatString; }
 
-    /// Bind the next parameter. A positive field width pads the text on the left up to that width,
-    /// a negative one on the right; a longer text is never cut. Numbers are padded as finished
-    /// texts: zeros as fill come before the sign. Throws: `StringException` with id
+    /// Bind the next parameter. A positive field width, in code units, pads the text on the left up
+    /// to that width, a negative one on the right; a longer text is never cut. Numbers are padded
+    /// as finished texts: zeros as fill come before the sign. Throws: `StringException` with id
     /// AutoGen_0x30E31408 for a base outside 2 to 64, AutoGen_0xC83B3D89 for a field wider than the
     /// longest text.
     TFormatString& arg(TString const& value, int fieldWidth = 0, char16_t fill = u' ');
@@ -113,6 +113,8 @@ public:
         return *this;
     }
 
+    /// Forgets the parameters. A template that is used again needs this between two results, as
+    /// parameters beyond those that the template asks for are no error.
     void clearParms() noexcept { m_parameters.clear(); }
 
     /// The template with its markers replaced. Parameters that no marker asks for are left out.

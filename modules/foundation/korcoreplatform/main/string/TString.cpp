@@ -4,6 +4,7 @@
 #include "korsys/main/text/TStringErrors_p.h"
 
 #include <QByteArray>
+#include <QDebug>
 #include <QRegularExpression>
 #include <QString>
 
@@ -335,6 +336,11 @@ TString operator+(TString const& a, QString const& b)
 TString operator+(QString const& a, TString const& b)
 {
     return TString(a) + b;
+}
+
+QDebug operator<<(QDebug out, TString const& text)
+{
+    return out << text.toQString();
 }
 
 std::ostream& operator<<(std::ostream& out, TString const& text)

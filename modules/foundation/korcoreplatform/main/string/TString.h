@@ -12,6 +12,7 @@
 #include <vector>
 
 class QByteArray;
+class QDebug;
 class QRegularExpression;
 class QString;
 
@@ -90,6 +91,7 @@ public:
     void swap(TString& other) noexcept { TStringManager::swap(other); }
     void swap(QString& other);
 
+    /// Never null, so a text in a condition is always true: ask `isEmpty`.
     operator char16_t const*() const noexcept { return constData(); }
 
     // Size and storage
@@ -303,9 +305,11 @@ public:
     bool operator>=(char other) const { return *this >= unitOf(other); }
     bool operator>=(char const* other) const { return *this >= TStringCore(other); }
 
-    /// The order in which people expect texts in a list, by the rules of the current locale: -1, 0
-    /// or 1. Despite the name, case counts; and an empty text sorts after every other, which
-    /// callers rely on. A null `other` counts as empty.
+    /// The order in which people expect texts in a list: -1, 0 or 1. The rules are those of the
+    /// locale that the environment names when the first texts are compared (LC_ALL, LC_COLLATE,
+    /// LANG); in the C locale capitals sort before small letters. Despite the name, case counts;
+    /// and an empty text sorts after every other, which callers rely on. A null `other` counts as
+    /// empty.
     int CollateNoCase(char16_t const* other) const;
 
     // Search
@@ -835,6 +839,9 @@ inline bool operator>=(char16_t a, TString const& b)
 {
     return b <= a;
 }
+
+/// Writes the text as `QDebug` writes a `QString`.
+KORCOREPLATFORM_EXPORT QDebug operator<<(QDebug out, TString const& text);
 
 /// Writes the text as UTF-8; a stream's width and fill count bytes.
 KORCOREPLATFORM_EXPORT std::ostream& operator<<(std::ostream& out, TString const& text);

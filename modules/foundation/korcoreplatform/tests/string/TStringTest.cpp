@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QByteArray>
+#include <QDebug>
 #include <QRegularExpression>
 #include <QString>
 
@@ -60,6 +61,9 @@ TEST(TStringQtTest, GivesQtTexts)
     EXPECT_TRUE(TString().toQString().isNull());
     EXPECT_TRUE(TStringToQString(TStringCore(u"x").truncate(0)).isNull());
     EXPECT_EQ(TString(kWithZero).toQString(), kWithZero);
+    QString debugged;
+    QDebug(&debugged) << TString(u"text");
+    EXPECT_EQ(TString(debugged).trimmed(), u"\"text\"");
     QString qText("theirs");
     TString text(u"ours");
     text.swap(qText);

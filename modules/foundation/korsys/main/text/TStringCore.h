@@ -278,7 +278,7 @@ public:
     TStringCore left(int n) const { return taken<TStringCore>(leftPart(n)); }
     /// The last `n` units; all when `n` is outside 0..length.
     TStringCore right(int n) const { return taken<TStringCore>(rightPart(n)); }
-    /// `n` units from `pos`; -1: up to the end.
+    /// The units that there are of those from `pos` up to `pos` + `n`; `n` < 0: up to the end.
     TStringCore mid(int pos, int n = -1) const { return taken<TStringCore>(midPart(pos, n)); }
 
     /// Fields `start` to `end` of a text that `sep` separates into fields; negative numbers count
@@ -439,7 +439,8 @@ public:
 
     // Parsers: white space around the number is skipped, anything else left over is a failure.
     // `ok` (may be null) tells success; on failure the result is 0, or an infinity for a number
-    // too large for a floating type. Base 0 takes 0x for 16 and a leading 0 for 8.
+    // too large for a floating type. Floating types take inf, -inf and nan. Base 0 takes 0x for 16
+    // and a leading 0 for 8.
 
     short toShort(bool* ok = nullptr, int base = 10) const;
     unsigned short toUShort(bool* ok = nullptr, int base = 10) const;

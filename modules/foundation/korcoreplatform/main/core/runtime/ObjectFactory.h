@@ -33,10 +33,11 @@ public:
 ///
 ///     ShapeFactory::ShapeFactory() : ObjectFactoryBase(u"shapes")
 ///     {
-///         RegisterCreator(u"circle", [] { return new Circle; });
-///         RegisterCreator(u"copy", [](void* shape) { return static_cast<Shape*>(shape)->Copy();
-///         });
+///         RegisterCreator(u"circle", [] { return static_cast<Shape*>(new Circle); });
 ///     }
+///
+/// A creator returns a pointer to the very type that callers cast to: an untyped pointer knows
+/// nothing of base classes.
 ///
 /// Thread safety: once all creators are registered, `Create` may be called from any thread if the
 /// creators may.
