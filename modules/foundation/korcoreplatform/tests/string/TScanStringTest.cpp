@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <type_traits>
@@ -54,19 +53,16 @@ TEST(TScanStringTest, ValuesEndWhereTheirFormEnds)
     Action const line = Read(&Scan::readLine);
     Case const cases[] = {
         {__LINE__, Read(&Scan::readBool), u"10", u"1", u"0"},
-        {__LINE__, Read(&Scan::readBool), u"0", u"0", u""},
         {__LINE__, Read(&Scan::readBool), u"True,", u"1", u","},
-        {__LINE__, Read(&Scan::readBool), u"FALSE", u"0", u""},
-        {__LINE__, Read(&Scan::readBool), u"yesterday", u"1", u"terday"},
+        {__LINE__, Read(&Scan::readBool), u"0", u"0", u""},
         {__LINE__, Read(&Scan::readBool), u"YES", u"1", u""},
+        {__LINE__, Read(&Scan::readBool), u"yesterday", u"1", u"terday"},
         {__LINE__, Read(&Scan::readBool), u"Nothing", u"0", u"thing"},
         {__LINE__, Skip(&Scan::skipBool), u"false1", u"", u"1"},
         {__LINE__, Read(&Scan::readInt, 10), u"-12,5", u"-12", u",5"},
-        {__LINE__, Read(&Scan::readInt, 10), u"+7-3", u"7", u"-3"},
         {__LINE__, Read(&Scan::readInt, 16), u"0x1fg", u"31", u"g"},
-        {__LINE__, Read(&Scan::readInt, 0), u"017 ", u"15", u" "},
-        {__LINE__, Read(&Scan::readInt, 36), u"zZ!", u"1295", u"!"},
-        {__LINE__, Read(&Scan::readInt, 64), u"1_!", u"127", u"!"},
+        {__LINE__, Read(&Scan::readInt, 0), u"+017 ", u"15", u" "},
+        {__LINE__, Read(&Scan::readInt, 64), u"Z_!", u"3967", u"!"},
         {__LINE__, Skip(&Scan::skipInt, 8), u"18", u"", u"8"},
         {__LINE__, Read<double>(&Scan::readFloat), u"-1.5e-3e", u"-0.0015", u"e"},
         {__LINE__, Read<float>(&Scan::readFloat), u"2.5x.", u"2.5", u"x."},
@@ -74,7 +70,6 @@ TEST(TScanStringTest, ValuesEndWhereTheirFormEnds)
         {__LINE__, line, u"ab\r\nc", u"ab\r", u"c"}, // the carriage return stays in the line
         {__LINE__, line, u"a\n\rb", u"a", u"b"},     // both are one newline
         {__LINE__, line, u"\n\n\rb", u"", u"\n\rb"},
-        {__LINE__, line, u"a\rb", u"a\rb", u""},
         {__LINE__, Skip(&Scan::skipLine), u"a\rb\nc", u"", u"c"},
         {__LINE__, Skip(&Scan::skipNewline), u"\r\n\n", u"", u"\n"},
         {__LINE__, Skip(&Scan::skipNewline), u"\r\r", u"", u"\r"},
@@ -84,11 +79,9 @@ TEST(TScanStringTest, ValuesEndWhereTheirFormEnds)
         {__LINE__, Read(&Scan::readString, 0), u"abcd", u"", u"abcd"},
         {__LINE__, Skip(&Scan::skipString, -1), u"abcd", u"", u""},
         {__LINE__, Read(&Scan::readNonWhitespace), u"ab\u2003c", u"ab", u"\u2003c"},
-        {__LINE__, Read(&Scan::readNonWhitespace), u" ab", u"", u" ab"},
         {__LINE__, Skip(&Scan::skipNonWhitespace), u"ab c", u"", u" c"},
         {__LINE__, Skip(&Scan::skipWhitespace), u" \t\r\n\u00A0x ", u"", u"x "},
         {__LINE__, Read(&Scan::readAnyOf, u"abc"), u"cabbed", u"cabb", u"ed"},
-        {__LINE__, Read(&Scan::readAnyOf, u"abc"), u"ab", u"ab", u""},
         {__LINE__, Skip(&Scan::skipAnyOf, u"ab"), u"abc", u"", u"c"},
         {__LINE__, Read(&Scan::readAnyNotOf, u":="), u"key=a", u"key", u"=a"},
         {__LINE__, Read(&Scan::readAnyNotOf, u""), u"key", u"key", u""},
@@ -109,52 +102,43 @@ TEST(TScanStringTest, FailuresHaveTheirIdsAndTellWhereTheCursorIs)
 {
     struct Case
     {
-        int line;
         Action action;
         TString text;
         TString rest;
         char const* id;
-        TString message;
+        TString message; ///< Without the words that most end with.
     };
     Action const end = [](Scan& scan) {
         scan.end();
         return TString();
     };
     Case const cases[] = {
-        {__LINE__, Read(&Scan::readBool), u" true", u" true", "0E56132D",
-         u"lengthBool: Boolean value not found."},
-        {__LINE__, Read(&Scan::readBool), u"tru", u"tru", "0E56132D",
-         u"lengthBool: Boolean value not found."},
-        {__LINE__, Read(&Scan::readBool), u"\u0011", u"\u0011", "0E56132D",
-         u"lengthBool: Boolean value not found."},
-        {__LINE__, Read(&Scan::readInt, 10), u"-x", u"-x", "5D4E46DF",
-         u"lengthInt: Integer value not found."},
-        {__LINE__, Skip(&Scan::skipInt, 8), u"9", u"9", "5D4E46DF",
-         u"lengthInt: Integer value not found."},
-        {__LINE__, Read(&Scan::readInt, 10), u"2147483648;", u";", "7C7E3D50",
-         u"readInt: Integer value not found."},
-        {__LINE__, Read<float>(&Scan::readFloat), u"inf", u"inf", "47A09D13",
-         u"lengthFloat: Float value not found."},
-        {__LINE__, Read<double>(&Scan::readFloat), u"1e999;", u";", "DB5CF171",
-         u"readDouble: Float value not found."},
-        {__LINE__, Read<float>(&Scan::readFloat), u"1e39;", u";", "3FBB5E47",
-         u"readFloat: Float value not found."},
-        {__LINE__, Skip(&Scan::skipNewline), u"x\n", u"x\n", "2241B337",
+        {Read(&Scan::readBool), u" true", u" true", "0E56132D", u"lengthBool: Boolean value"},
+        {Read(&Scan::readBool), u"tru", u"tru", "0E56132D", u"lengthBool: Boolean value"},
+        {Read(&Scan::readBool), u"\u0011", u"\u0011", "0E56132D", u"lengthBool: Boolean value"},
+        {Read(&Scan::readInt, 10), u"-x", u"-x", "5D4E46DF", u"lengthInt: Integer value"},
+        {Skip(&Scan::skipInt, 8), u"9", u"9", "5D4E46DF", u"lengthInt: Integer value"},
+        {Read(&Scan::readInt, 10), u"2147483648;", u";", "7C7E3D50", u"readInt: Integer value"},
+        {Read<float>(&Scan::readFloat), u"inf", u"inf", "47A09D13", u"lengthFloat: Float value"},
+        {Read<double>(&Scan::readFloat), u"1e999;", u";", "DB5CF171", u"readDouble: Float value"},
+        {Read<float>(&Scan::readFloat), u"1e39;", u";", "3FBB5E47", u"readFloat: Float value"},
+        {Skip(&Scan::skipNewline), u"x\n", u"x\n", "2241B337",
          u"lengthNewLine: No new line found."},
-        {__LINE__, Skip(&Scan::skip, u"abc"), u"ABC", u"ABC", "4CA5552B",
-         u"skip: String mismatch."},
-        {__LINE__, Skip(&Scan::skip, u"abc"), u"ab", u"ab", "4CA5552B", u"skip: String mismatch."},
-        {__LINE__, end, u" ", u" ", "00985BE7", u"end(): Expected null character."},
+        {Skip(&Scan::skip, u"abc"), u"aBC", u"aBC", "4CA5552B", u"skip: String mismatch."},
+        {Skip(&Scan::skip, u"abc"), u"ab", u"ab", "4CA5552B", u"skip: String mismatch."},
+        {end, u" ", u" ", "00985BE7", u"end(): Expected null character."},
     };
     for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
         std::string const id = std::string("TFormatStringException_AutoGen_0x") + c.id;
+        SCOPED_TRACE(id);
         Scan scan(c.text);
         try {
             c.action(scan);
             ADD_FAILURE() << "did not throw";
         } catch (KorvelException const& e) {
-            EXPECT_EQ(e.GetMessagesFront(), u"TScanString::" + c.message);
+            EXPECT_EQ(e.GetMessagesFront(),
+                      u"TScanString::" + c.message +
+                          (c.message.endsWith(u"value") ? u" not found." : u""));
             std::unique_ptr<KorvelException const> const clone(e.Clone());
             EXPECT_KOR_ERROR(e.Throw(), TScanString::Exception, id);
             EXPECT_KOR_ERROR(clone->Throw(), TScanString::Exception, id);
@@ -184,13 +168,15 @@ TEST(TScanStringTest, AScannerWithoutTextReadsAsEmpty)
     }
     scan.SetText(u"next");
     EXPECT_EQ(RestOf(scan), u"next");
+    scan.skipString(2).SetText(u"again"); // from its start
+    EXPECT_EQ(RestOf(scan), u"again");
 }
 
-// Measuring a value must not look at the text behind it: reading a long text would be quadratic.
+// Measuring a value must not look at the text behind it: reading would be quadratic and not end
+// while a test may run.
 TEST(TScanStringTest, ManyValuesAreReadInLinearTime)
 {
     TString const text = TString(u"1 2 ").repeated(500000);
-    auto const start = std::chrono::steady_clock::now();
     double sum = 0;
     Scan scan(text);
     for (int i = 0; i < 500000; ++i) {
@@ -201,7 +187,6 @@ TEST(TScanStringTest, ManyValuesAreReadInLinearTime)
     }
     scan.end();
     EXPECT_EQ(sum, 1500000);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20)); // or minutes
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
 #include <random>
 #include <string>
@@ -167,8 +166,8 @@ TEST(UnitSearchTest, RepetitiveTextsAreFoundByTheLinearMethodToo)
     }
 }
 
-// Comparing at each candidate would take 10^11 steps, minutes; the linear method takes
-// milliseconds.
+// Comparing at each candidate would take 10^11 steps: such a search does not end while a test may
+// run.
 TEST(UnitSearchTest, AdversarialNeedlesTakeLinearTime)
 {
     std::size_t const half = 400000;
@@ -177,14 +176,12 @@ TEST(UnitSearchTest, AdversarialNeedlesTakeLinearTime)
     int const n = static_cast<int>(text.size());
     int const m = static_cast<int>(half) + 2;
     EXPECT_EQ(UnitSearch::CountUnit(text.data(), n, u'a'), n);
-    auto const start = std::chrono::steady_clock::now();
     for (std::u16string const& needle : {run + u"ba", u"ab" + run, u"a" + run + u"a"}) {
         bool const occurs = needle.find(u'b') == needle.npos;
         EXPECT_EQ(UnitSearch::FindText(text.data(), n, needle.data(), m), occurs ? 0 : -1);
         EXPECT_EQ(UnitSearch::FindLastText(text.data(), n, needle.data(), m), occurs ? n - m : -1);
         EXPECT_EQ(UnitSearch::CountText(text.data(), n, needle.data(), m), occurs ? n - m + 1 : 0);
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 
 TEST(UnitSearchTest, ComparisonGoesByTheFirstDifferingUnit)
