@@ -245,6 +245,9 @@ void TStringCore::decodeUtf8(char const* text, std::size_t n)
     TextConversion::Utf8ToUtf16(text, n, [this](std::size_t units) {
         return TStringManager::resize(CheckedSum(static_cast<std::int64_t>(units)));
     });
+    if (length() <= kShortCapacity || capacity() / 2 > length()) {
+        squeeze(); // ill-formed text had room for one unit a byte
+    }
 }
 
 void TStringCore::becomeUtf8(char const* text, int len)

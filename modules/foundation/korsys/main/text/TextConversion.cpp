@@ -141,22 +141,9 @@ bool DecodeWellFormedUtf8(char const* from, std::size_t n, char16_t* to, std::si
     return BestKernels().decodeUtf8(from, n, to, units);
 }
 
-std::size_t CountUtf16(char const* from, std::size_t n)
+std::size_t DecodeUtf8(char const* from, std::size_t n, char16_t* to)
 {
-    std::size_t units = 0;
-    for (char const* const end = from + n; from != end;) {
-        if (BeginsWithAsciiBlock(from, end)) {
-            from += kAsciiBlock;
-            units += kAsciiBlock;
-            continue;
-        }
-        units += Repaired(TakeUtf8(from, end)) < 0x10000 ? 1 : 2;
-    }
-    return units;
-}
-
-void DecodeUtf8(char const* from, std::size_t n, char16_t* to)
-{
+    char16_t* const start = to;
     for (char const* const end = from + n; from != end;) {
         if (BeginsWithAsciiBlock(from, end)) {
             to = std::copy_n(from, kAsciiBlock, to);
@@ -165,6 +152,7 @@ void DecodeUtf8(char const* from, std::size_t n, char16_t* to)
         }
         to = PutUtf16(Repaired(TakeUtf8(from, end)), to);
     }
+    return static_cast<std::size_t>(to - start);
 }
 
 bool SeemsAscii(char const* from, std::size_t n)

@@ -33,11 +33,8 @@ KORSYS_EXPORT std::size_t CountUtf16IfWellFormed(char const* from, std::size_t n
 KORSYS_EXPORT bool DecodeWellFormedUtf8(char const* from, std::size_t n, char16_t* to,
                                         std::size_t units);
 
-/// The exact number of units that `DecodeUtf8` writes, at most n.
-KORSYS_EXPORT std::size_t CountUtf16(char const* from, std::size_t n);
-
-/// Converts any bytes. Requires: `to` has room for `CountUtf16(from, n)` units.
-KORSYS_EXPORT void DecodeUtf8(char const* from, std::size_t n, char16_t* to);
+/// Converts any bytes and returns how many units that made. Requires: `to` has room for n units.
+KORSYS_EXPORT std::size_t DecodeUtf8(char const* from, std::size_t n, char16_t* to);
 
 /// Whether the text is long and ASCII in all of many places. Then it has next to as many units as
 /// bytes, and to convert it at once is faster than to count first.
@@ -66,7 +63,7 @@ void Utf8ToUtf16(char const* from, std::size_t n, Resize&& resize)
         DecodeWellFormedUtf8(from + ascii, n - ascii, resize(ascii + units) + ascii, units)) {
         return;
     }
-    DecodeUtf8(from, n, resize(CountUtf16(from, n)));
+    resize(DecodeUtf8(from, n, resize(n))); // too large for a while, rather than read twice
 }
 
 // UTF-16 to UTF-8
