@@ -229,6 +229,8 @@ TUUID::TUUID(TString const& text) noexcept
     : m_uuid(FromHex(text.constData(), static_cast<std::size_t>(text.length())))
 {}
 
+TUUID::TUUID(QString const& text) : TUUID(TString(text)) {}
+
 TString TUUID::ToString(TUUIDFormatOption format) const
 {
     Words const words = WordsOf(m_uuid);

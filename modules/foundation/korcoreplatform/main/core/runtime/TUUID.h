@@ -43,6 +43,7 @@ public:
     TUUID(char const* text) noexcept;
     TUUID(char16_t const* text) noexcept;
     TUUID(TString const& text) noexcept;
+    TUUID(QString const& text);
 
     bool IsNull() const noexcept { return m_uuid.isNull(); }
 

@@ -103,6 +103,7 @@ TEST(TUUIDTest, TextsAreReadAsQtReadsThem)
         ASSERT_EQ(TUUID(text), TUUID(expected)) << text;
         std::string const latin1 = text.toLatin1();
         ASSERT_EQ(TUUID(latin1.c_str()), TUUID(QUuid(QByteArray(latin1.c_str())))) << text;
+        ASSERT_EQ(TUUID(text.toQString()), TUUID(text)) << text;
         accepted += expected.isNull() ? 0 : 1;
     }
     EXPECT_GT(accepted, 2000); // both answers were compared
