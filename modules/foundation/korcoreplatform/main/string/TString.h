@@ -559,58 +559,40 @@ public:
     }
     static TString number(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TString result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TString>(v, base, fieldWidth, fill);
     }
     static TString number(unsigned short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TString result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TString>(v, base, fieldWidth, fill);
     }
     static TString number(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TString result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TString>(v, base, fieldWidth, fill);
     }
     static TString number(unsigned int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TString result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TString>(v, base, fieldWidth, fill);
     }
     static TString number(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TString result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TString>(v, base, fieldWidth, fill);
     }
     static TString number(unsigned long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TString result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TString>(v, base, fieldWidth, fill);
     }
     static TString number(long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TString result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TString>(v, base, fieldWidth, fill);
     }
     static TString number(unsigned long long v, int base = 10, int fieldWidth = 0,
                           char16_t fill = u' ')
     {
-        TString result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TString>(v, base, fieldWidth, fill);
     }
     static TString number(double v, char format = 'g', int precision = 6, bool trimZeros = false)
     {
-        TString result;
-        result.setNum(v, format, precision, trimZeros);
-        return result;
+        return numbered<TString>(v, format, precision, trimZeros);
     }
 
     static TString pointer(void const* address, bool prefix = true, bool padded = false)

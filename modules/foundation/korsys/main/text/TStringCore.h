@@ -379,62 +379,44 @@ public:
     /// A text that `setNum` with the same arguments has made.
     static TStringCore number(short v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TStringCore result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TStringCore>(v, base, fieldWidth, fill);
     }
     static TStringCore number(unsigned short v, int base = 10, int fieldWidth = 0,
                               char16_t fill = u' ')
     {
-        TStringCore result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TStringCore>(v, base, fieldWidth, fill);
     }
     static TStringCore number(int v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TStringCore result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TStringCore>(v, base, fieldWidth, fill);
     }
     static TStringCore number(unsigned int v, int base = 10, int fieldWidth = 0,
                               char16_t fill = u' ')
     {
-        TStringCore result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TStringCore>(v, base, fieldWidth, fill);
     }
     static TStringCore number(long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TStringCore result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TStringCore>(v, base, fieldWidth, fill);
     }
     static TStringCore number(unsigned long v, int base = 10, int fieldWidth = 0,
                               char16_t fill = u' ')
     {
-        TStringCore result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TStringCore>(v, base, fieldWidth, fill);
     }
     static TStringCore number(long long v, int base = 10, int fieldWidth = 0, char16_t fill = u' ')
     {
-        TStringCore result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TStringCore>(v, base, fieldWidth, fill);
     }
     static TStringCore number(unsigned long long v, int base = 10, int fieldWidth = 0,
                               char16_t fill = u' ')
     {
-        TStringCore result;
-        result.setNum(v, base, fieldWidth, fill);
-        return result;
+        return numbered<TStringCore>(v, base, fieldWidth, fill);
     }
     static TStringCore number(double v, char format = 'g', int precision = 6,
                               bool trimZeros = false)
     {
-        TStringCore result;
-        result.setNum(v, format, precision, trimZeros);
-        return result;
+        return numbered<TStringCore>(v, format, precision, trimZeros);
     }
 
     // Parsers: white space around the number is skipped, anything else left over is a failure.
@@ -529,6 +511,14 @@ protected:
     {
         Text text;
         (text.*become)(arguments...);
+        return text;
+    }
+
+    template <class Text, class... Arguments>
+    static Text numbered(Arguments... arguments)
+    {
+        Text text;
+        text.setNum(arguments...);
         return text;
     }
 
