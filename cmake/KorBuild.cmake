@@ -163,6 +163,7 @@ function(kor_add_benchmark target)
     kor_configure_target(${target})
     target_link_libraries(${target} PRIVATE korcoreplatform Qt5::Core ICU::uc ICU::i18n kor_xxhash
         fmt::fmt spdlog::spdlog absl::strings absl::str_format Boost::headers Boost::filesystem
+        nlohmann_json::nlohmann_json
         benchmark::benchmark benchmark::benchmark_main)
     set_property(GLOBAL APPEND PROPERTY kor_benchmarks ${target})
 endfunction()

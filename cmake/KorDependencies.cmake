@@ -15,10 +15,10 @@ set_target_properties(kor_xxhash PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${KOR
 
 if(KOR_BUILD_TESTS)
     find_package(GTest REQUIRED)
-    find_package(nlohmann_json REQUIRED)
 endif()
 if(KOR_BUILD_TESTS OR KOR_BUILD_BENCHMARKS)
     find_package(fmt REQUIRED)
+    find_package(nlohmann_json REQUIRED)
 endif()
 if(KOR_BUILD_BENCHMARKS)
     find_package(benchmark REQUIRED)
