@@ -1,0 +1,57 @@
+#include "korcoreplatform/main/core/logging/LineHead_p.h"
+
+#include <charconv>
+#include <cstring>
+#include <string_view>
+
+namespace TLog {
+namespace {
+
+char* Copy(char* to, std::string_view text)
+{
+    std::memcpy(to, text.data(), text.size());
+    return to + text.size();
+}
+
+} // namespace
+
+char* LineHead::Write(char* to, EventTime time, std::uint32_t processId,
+                      std::uint64_t threadId) noexcept
+{
+    SplitTime const split(time);
+    if (m_timeLength == 0 || split.second != m_second) {
+        RenderSecond(split.second);
+    }
+    if (m_idsLength == 0 || threadId != m_threadId || processId != m_processId) {
+        RenderIds(processId, threadId);
+    }
+    // Whole arrays: a copy of known size is a few moves.
+    static_assert(sizeof(m_time) + 3 + sizeof(m_ids) <= kMaxBytes);
+    std::memcpy(to, m_time, sizeof(m_time));
+    to = WriteMilliseconds(to + m_timeLength, split.milliseconds);
+    std::memcpy(to, m_ids, sizeof(m_ids));
+    return to + m_idsLength;
+}
+
+void LineHead::RenderSecond(std::int64_t second) noexcept
+{
+    char* const end = WriteSecond(Copy(m_time, R"({"ts":")"), second, true);
+    *end = '.';
+    m_timeLength = static_cast<std::size_t>(end + 1 - m_time);
+    m_second = second;
+}
+
+void LineHead::RenderIds(std::uint32_t processId, std::uint64_t threadId) noexcept
+{
+    char* const limit = m_ids + sizeof(m_ids);
+    char* end = Copy(m_ids, R"(","pid":)");
+    end = std::to_chars(end, limit, processId).ptr;
+    end = Copy(end, R"(,"tid":")");
+    end = std::to_chars(end, limit, threadId, 16).ptr;
+    end = Copy(end, R"(","sev":")");
+    m_idsLength = static_cast<std::size_t>(end - m_ids);
+    m_processId = processId;
+    m_threadId = threadId;
+}
+
+} // namespace TLog

@@ -1,0 +1,412 @@
+#include "korcoreplatform/main/core/files/TPath.h"
+
+#include "korcoreplatform/main/string/TFormatString.h"
+#include "korcoreplatform/tests/support/KorTest.h"
+#include "korsys/main/error/KorErrorsError.h"
+#include "korsys/main/system/TPathCore.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr char kElementPosition[] = "TPathException_AutoGen_0xE27C2B2D";
+constexpr char kSeparatorPosition[] = "TPathException_AutoGen_0xDE3B1FC7";
+constexpr char kIndex[] = "TPathException_AutoGen_0x6C57764F";
+constexpr char kBeyondEnd[] = "TPathException_AutoGen_0x2AFC3482";
+constexpr char kBeyondBeginning[] = "TPathException_AutoGen_0xA7D4C6D2";
+constexpr char kOutOfSync[] = "TPathException_AutoGen_0xD1461535";
+
+TPath Verbatim(char16_t const* text)
+{
+    return TPath::MakePath(text);
+}
+
+/// Any text of the characters that paths are about.
+TString RandomText(std::mt19937& random)
+{
+    constexpr char16_t kUnits[] = u"///?:..\\UNaB\u00C4\u0130";
+    TString text;
+    for (unsigned n = random() % 24; n > 0; --n) {
+        text += kUnits[random() % (std::size(kUnits) - 1)];
+    }
+    return text;
+}
+
+TEST(TPathTest, EveryPartOfAPath)
+{
+    struct Case
+    {
+        int line;
+        char16_t const* text;
+        char16_t const* rootName;
+        int rootDirectory;
+        char16_t const* rootPath;
+        int filenameIndex;
+        char16_t const* filename;
+        int extensionIndex;
+        char16_t const* parent;
+    };
+    Case const cases[] = {
+        {__LINE__, u"", u"", -1, u"", -1, u"", -1, u""},
+        {__LINE__, u"a", u"", -1, u"", 0, u"a", -1, u""},
+        {__LINE__, u"a.txt", u"", -1, u"", 0, u"a.txt", 2, u""},
+        {__LINE__, u"/", u"", 0, u"/", -1, u"", -1, u""},
+        {__LINE__, u"//", u"", 0, u"/", -1, u"", -1, u"/"},
+        {__LINE__, u"///", u"//", 2, u"///", -1, u"", -1, u"//"},
+        {__LINE__, u"/a", u"", 0, u"/", 1, u"a", -1, u"/"},
+        {__LINE__, u"/a/b.c.d", u"", 0, u"/", 3, u"b.c.d", 7, u"/a"},
+        {__LINE__, u"/a.b/c", u"", 0, u"/", 5, u"c", -1, u"/a.b"},
+        {__LINE__, u"a//b", u"", -1, u"", 3, u"b", -1, u"a/"},
+        {__LINE__, u"a/b/", u"", -1, u"", 4, u"", -1, u"a/b"},
+        {__LINE__, u"/.profile", u"", 0, u"/", 1, u".profile", -1, u"/"},
+        {__LINE__, u"..x", u"", -1, u"", 0, u"..x", -1, u""},
+        {__LINE__, u"x..y", u"", -1, u"", 0, u"x..y", 3, u""},
+        {__LINE__, u"a.", u"", -1, u"", 0, u"a.", 2, u""},
+        {__LINE__, u"/x/..", u"", 0, u"/", 3, u"..", -1, u"/x"},
+        {__LINE__, u"C:", u"C:", -1, u"C:", 0, u"C:", -1, u""},
+        {__LINE__, u"C:/", u"C:", 2, u"C:/", 3, u"", -1, u""},
+        {__LINE__, u"C:/a", u"C:", 2, u"C:/", 3, u"a", -1, u"C:/"},
+        {__LINE__, u"C:x/y", u"C:", -1, u"C:", 4, u"y", -1, u"C:x"},
+        {__LINE__, u"1:/a", u"", -1, u"", 3, u"a", -1, u"1:"},
+        {__LINE__, u"\u00C4:/a", u"\u00C4:", 2, u"\u00C4:/", 3, u"a", -1, u"\u00C4:/"},
+        {__LINE__, u"//server", u"//server", -1, u"//server", 2, u"server", -1, u"/"},
+        {__LINE__, u"//server/", u"//server", 8, u"//server/", 9, u"", -1, u""},
+        {__LINE__, u"//server/share", u"//server", 8, u"//server/", 9, u"share", -1, u"//server/"},
+        {__LINE__, u"//?/C:/x", u"", 0, u"/", 7, u"x", -1, u"//?/C:"},
+        {__LINE__, u"//?/UNC/s/x.y", u"//?", 3, u"//?/", 10, u"x.y", 12, u"//?/UNC/s"},
+        {__LINE__, u"a\\b.c", u"", -1, u"", 0, u"a\\b.c", 4, u""},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        TPath const path = Verbatim(c.text);
+        TString const filename(c.filename);
+        bool const hasExtension = c.extensionIndex >= 0;
+        EXPECT_EQ(TString(path.RootName()), TString(c.rootName));
+        EXPECT_EQ(path.RootNameLength(), TString(c.rootName).length());
+        EXPECT_EQ(path.HasRootName(), *c.rootName != 0);
+        EXPECT_EQ(path.RootDirectoryIndex(), c.rootDirectory);
+        EXPECT_EQ(TString(path.RootDirectory()), TString(c.rootDirectory < 0 ? u"" : u"/"));
+        EXPECT_EQ(path.IsAbsolute(), c.rootDirectory >= 0);
+        EXPECT_EQ(TString(path.RootPath()), TString(c.rootPath));
+        EXPECT_EQ(path.HasRootPath(), *c.rootPath != 0);
+        EXPECT_EQ(path.FilenameIndex(), c.filenameIndex);
+        EXPECT_EQ(TString(path.Filename()), filename);
+        EXPECT_EQ(path.HasFilename(), c.filenameIndex >= 0);
+        EXPECT_EQ(path.HasStem(), c.filenameIndex > 0);
+        EXPECT_EQ(path.ExtensionIndex(), c.extensionIndex);
+        EXPECT_EQ(path.HasExtension(), hasExtension);
+        EXPECT_EQ(TString(path.Extension()),
+                  hasExtension ? TString(c.text).mid(c.extensionIndex) : TString());
+        EXPECT_EQ(TString(path.Stem()),
+                  filename.left(hasExtension ? c.extensionIndex - 1 - c.filenameIndex : -1));
+        EXPECT_EQ(path.IsDots(), filename == u"." || filename == u"..");
+        EXPECT_EQ(TString(path.Parent()), TString(c.parent));
+        EXPECT_EQ(path.HasParentPath(), *c.parent != 0);
+        bool const isJustRoot = c.filenameIndex < 0 || (filename.isEmpty() && *c.parent == 0);
+        EXPECT_EQ(TString(TPath(path).RemoveFilename()), TString(isJustRoot ? c.text : c.parent));
+        TString const bare = TString(c.text).left(hasExtension ? c.extensionIndex - 1 : -1);
+        EXPECT_EQ(TString(TPath(path).RemoveExtension()), bare);
+        EXPECT_EQ(TString(TPath(path).ReplaceExtension(u".o")), bare + u"..o");
+        EXPECT_EQ(TString(TPath(path).ReplaceExtension(u"")), bare);
+    }
+}
+
+TEST(TPathTest, NetworkNames)
+{
+    struct Case
+    {
+        int line;
+        char16_t const* text;
+        bool isUNC;
+        bool isSMB;
+        int shareIndex;
+        char16_t const* share;
+        int objectIndex;
+        char16_t const* object;
+        char16_t driveLetter;
+    };
+    Case const cases[] = {
+        {__LINE__, u"//", false, false, 1, u"", 1, u"", 0xFFFF},
+        {__LINE__, u"//s", true, true, 0, u"", 0, u"//s", 0xFFFF},
+        {__LINE__, u"//s/share/x/y/", true, true, 4, u"share", 9, u"/x/y/", 0xFFFF},
+        {__LINE__, u"//host/c$", true, true, 7, u"c$", -1, u"", u'c'},
+        {__LINE__, u"//host/C$/dir", true, true, 7, u"C$", 9, u"/dir", u'C'},
+        {__LINE__, u"//host/1$/dir", true, true, 7, u"1$", 9, u"/dir", 0xFFFF},
+        {__LINE__, u"//host/cc$", true, true, 7, u"cc$", -1, u"", 0xFFFF},
+        {__LINE__, u"//?/C:/x", false, true, 1, u"", 1, u"", 0xFFFF},
+        {__LINE__, u"//?/UNC/s/x", true, true, 4, u"UNC", 7, u"/s/x", 0xFFFF},
+        {__LINE__, u"//?/UNC", false, true, 1, u"", 1, u"", 0xFFFF},
+        {__LINE__, u"//?/unc/s/x", false, true, 1, u"", 1, u"", 0xFFFF},
+        {__LINE__, u"/c$/x", false, false, 1, u"", 3, u"", 0xFFFF},
+        {__LINE__, u"C:c$/x", false, false, 0, u"", 4, u"", 0xFFFF},
+        {__LINE__, u"\\\\s", false, true, 0, u"", -1, u"", 0xFFFF},
+        {__LINE__, u"/\\s", false, false, 1, u"", -1, u"", 0xFFFF},
+        {__LINE__, u"SMB://s", false, true, 0, u"", 4, u"", 0xFFFF},
+        {__LINE__, u"smb:/s", false, false, 0, u"", 4, u"", 0xFFFF},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        TPath const path = Verbatim(c.text);
+        EXPECT_EQ(path.IsUNC(), c.isUNC);
+        EXPECT_EQ(path.IsSMB(), c.isSMB);
+        EXPECT_EQ(path.IsExtendedLength(), TString(c.text).startsWith(u"//?/"));
+        EXPECT_EQ(path.UNCShareNameIndex(), c.shareIndex);
+        EXPECT_EQ(path.UNCShareName(), TString(c.share));
+        EXPECT_EQ(path.UNCObjectNameIndex(), c.objectIndex);
+        EXPECT_EQ(TString(path.UNCObjectName()), TString(c.object));
+        EXPECT_EQ(path.HasUNCObjectName(), *c.object != 0);
+        EXPECT_EQ(path.AdminShareDriveLetter(), c.driveLetter);
+        EXPECT_EQ(path.IsAdminShare(), c.driveLetter != 0xFFFF);
+    }
+}
+
+TEST(TPathTest, TextLosesOneSeparatorUnlessItIsARoot)
+{
+    struct Case
+    {
+        char16_t const* text;
+        char16_t const* stored;
+    };
+    Case const cases[] = {
+        {u"", u""},       {u"/", u"/"},       {u"//", u"/"},
+        {u"///", u"///"}, {u"////", u"///"},  {u"a/", u"a"},
+        {u"a//", u"a/"},  {u"C:/", u"C:/"},   {u"C://", u"C:/"},
+        {u"1:/", u"1:"},  {u"//s/", u"//s/"}, {u"//s/x/", u"//s/x"},
+        {u"a\\", u"a\\"}, {u"//?/", u"//?"},  {u"//?/UNC/", u"//?/UNC"},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(TString(c.text).toStdString());
+        EXPECT_EQ(TString(TPath(c.text)), TString(c.stored));
+        EXPECT_EQ(TString(TPath(TString(c.text))), TString(c.stored));
+        TString const lvalue(c.text);
+        EXPECT_EQ(TString(TPath(lvalue)), TString(c.stored));
+        EXPECT_EQ(TString(Verbatim(c.text)), lvalue);
+        EXPECT_EQ(TString(TPath(TPathCore(lvalue))), lvalue);
+        EXPECT_EQ(TPath(TPathCore(lvalue)).toTPathCore(), TPathCore(lvalue));
+        EXPECT_EQ(TString(TPath::fromWindows(TString(c.text).replace(u'/', u'\\'))),
+                  TString(TPath(TString(c.text).replace(u'\\', u'/'))));
+    }
+    EXPECT_EQ(TFormat(u"%1|%2", TPath(u"/a"), TPath(u"a\\b").GenericString()), TString(u"/a|a/b"));
+}
+
+TEST(TPathTest, PathsAreJoined)
+{
+    struct Case
+    {
+        int line;
+        char16_t const* left;
+        char16_t const* right;
+        char16_t const* joined;
+    };
+    Case const cases[] = {
+        {__LINE__, u"a", u"b", u"a/b"},
+        {__LINE__, u"a/", u"b", u"a/b"},
+        {__LINE__, u"a", u"/b", u"a/b"},
+        {__LINE__, u"a/", u"/b", u"a//b"},
+        {__LINE__, u"", u"b", u"b"},
+        {__LINE__, u"a", u"", u"a"},
+        {__LINE__, u"C:", u"a/", u"C:/a/"},
+        {__LINE__, u"1234567", u"123456", u"1234567/123456"},
+        {__LINE__, u"1234567", u"1234567", u"1234567/1234567"},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        TPath const left = Verbatim(c.left);
+        TPath const right = Verbatim(c.right);
+        EXPECT_EQ(TString(left / right), TString(c.joined));
+        EXPECT_EQ(TString(TPath(left) / right), TString(c.joined));
+        EXPECT_EQ(TString(TPath(left) /= right), TString(c.joined));
+        EXPECT_EQ(TString(left + right), TString(c.left) + c.right);
+        EXPECT_EQ(TString(TPath(left) += right), TString(c.left) + c.right);
+    }
+    TPath path(u"a");
+    EXPECT_EQ(TString(path.Append(path)), TString(u"a/a"));
+    EXPECT_EQ(TString(path.Concat(path)), TString(u"a/aa/a"));
+    EXPECT_EQ(TString(path + u"b/" + TString(u"c/") + u'/'), TString(u"a/aa/abc/"));
+
+    TPath x(u"x");
+    TPath y = Verbatim(u"y/");
+    x.Swap(y);
+    EXPECT_EQ(TString(x) + u"|" + TString(y), TString(u"y/|x"));
+    x.Swap(y);
+    EXPECT_EQ(TString(x) + u"|" + TString(y), TString(u"x|y"));
+    y = Verbatim(u"z/");
+    y.Swap(y);
+    EXPECT_EQ(TString(y), TString(u"z"));
+}
+
+TEST(TPathTest, ElementsFollowOneAnotherBothWays)
+{
+    struct Case
+    {
+        int line;
+        char16_t const* text;
+        std::vector<TString> elements;
+    };
+    Case const cases[] = {
+        {__LINE__, u"", {}},
+        {__LINE__, u"/", {u"/"}},
+        {__LINE__, u"//", {u"/"}},
+        {__LINE__, u"///", {u"//", u"/"}},
+        {__LINE__, u"/a/b", {u"/", u"a", u"b"}},
+        {__LINE__, u"a//b//", {u"a", u"b"}},
+        {__LINE__, u"a\\b/c\\d\\e\\f\\g\\h\\i\\j\\k", {u"a/b", u"c/d/e/f/g/h/i/j/k"}},
+        {__LINE__, u"C:/a", {u"C:", u"/", u"a"}},
+        {__LINE__, u"C:a", {u"C:", u"a"}},
+        {__LINE__, u"C://a", {u"C:", u"/", u"a"}},
+        {__LINE__, u"//server", {u"//server"}},
+        {__LINE__, u"//ser\\r/share/x", {u"//ser/r", u"/", u"share", u"x"}},
+        {__LINE__, u"//?/UNC/srv/sh", {u"//?", u"/", u"UNC", u"srv", u"sh"}},
+        {__LINE__, u"//?/C:/x", {u"/", u"?", u"C:", u"x"}},
+        {__LINE__,
+         u"abcdefghijklmn/abcdefghijklmno/z",
+         {u"abcdefghijklmn", u"abcdefghijklmno", u"z"}},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        TPath const path = Verbatim(c.text);
+        EXPECT_EQ(std::vector<TString>(path.begin(), path.end()), c.elements);
+        EXPECT_EQ(path.toVector(), c.elements);
+        EXPECT_EQ(path.size(), static_cast<int>(c.elements.size()));
+        TPath::iterator i = path.end();
+        for (auto element = c.elements.rbegin(); element != c.elements.rend(); ++element) {
+            TPath::iterator const old = i--;
+            EXPECT_EQ(*i, *element);
+            EXPECT_EQ(i.get(), *element);
+            EXPECT_EQ(i.next(), old);
+            EXPECT_EQ(*i.next(), *old);
+        }
+        EXPECT_EQ(i, path.begin());
+        EXPECT_EQ(path.front(), c.elements.empty() ? TString() : c.elements.front());
+        if (!c.elements.empty()) {
+            EXPECT_EQ(path.back(), c.elements.back());
+        }
+    }
+    EXPECT_EQ(TString(TPath::fromVector({u"/", u"a/", u"", u"b//", u"/c"})), TString(u"/a/b//c"));
+    EXPECT_EQ(TString(TPath::fromVector({u"C:", u"a"})), TString(u"C:/a"));
+    EXPECT_EQ(*TPath::iterator(), TString());
+    EXPECT_NE(TPath::iterator(), TPath().begin());
+}
+
+TEST(TPathTest, PositionsOutsideAPathAreErrors)
+{
+    TPath const path(u"ab/c");
+    for (int const position : {-1, 4}) {
+        EXPECT_KOR_ERROR(path.ElementLengthAt(position), TPath::Exception, kElementPosition);
+        EXPECT_KOR_ERROR(path.SeparatorLengthAt(position), TPath::Exception, kSeparatorPosition);
+    }
+    EXPECT_EQ(path.ElementLengthAt(1), 1);
+    EXPECT_EQ(path.ElementLengthAt(2), 0);
+    EXPECT_EQ(path.SeparatorLengthAt(1), 0);
+    EXPECT_EQ(Verbatim(u"a///").SeparatorLengthAt(1), 3);
+    EXPECT_EQ(TPath(u"C:/").SeparatorLengthAt(2), 0);
+
+    EXPECT_KOR_ERROR(TPath::iterator(&path, -1), TPath::Exception, kElementPosition);
+    EXPECT_KOR_ERROR(TPath::iterator(&path, 5), TPath::Exception, kIndex);
+    EXPECT_KOR_ERROR(TPath::iterator(&path, 1).prev(), TPath::Exception, kOutOfSync);
+    TPath::iterator i = path.end();
+    EXPECT_KOR_ERROR(++i, TPath::Exception, kBeyondEnd);
+    EXPECT_KOR_ERROR(path.end().next(), TPath::Exception, kBeyondEnd);
+    EXPECT_EQ(*--i, TString(u"c")); // where it was before the step that failed
+    EXPECT_KOR_ERROR(--path.begin(), TPath::Exception, kBeyondBeginning);
+    EXPECT_KOR_ERROR(TPath().back(), TPath::Exception, kBeyondBeginning);
+}
+
+TEST(TPathTest, EqualityFoldsCaseAndOrderFoldsBackslashes)
+{
+    struct Case
+    {
+        int line;
+        char16_t const* a;
+        char16_t const* b;
+        int compared;
+        bool isLess;
+        bool isGreater;
+    };
+    Case const cases[] = {
+        {__LINE__, u"/a/b", u"/a/b", 0, false, false},
+        {__LINE__, u"/A/b", u"/a/B", 0, true, false},
+        {__LINE__, u"a\\b", u"a/b", 1, false, false},
+        {__LINE__, u"a\\c", u"a/b", 1, false, true},
+        {__LINE__, u"a/b", u"a/bc", -1, true, false},
+        {__LINE__, u"a/b", u"a\\", -1, false, true},
+        {__LINE__, u"a\\", u"a/b", 1, true, false},
+        {__LINE__, u"aZ", u"a\\", 1, false, true},
+        {__LINE__, u"\u00C4", u"\u00E4", 0, true, false},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        TPath const a(c.a);
+        TPath const b(c.b);
+        int const compared = a.Compare(b);
+        EXPECT_EQ((compared > 0) - (compared < 0), c.compared);
+        EXPECT_EQ(a == b, c.compared == 0);
+        EXPECT_EQ(a != b, c.compared != 0);
+        EXPECT_EQ(a < b, c.isLess);
+        EXPECT_EQ(b < a, c.isGreater);
+    }
+    EXPECT_EQ(TPath::caseSensitivity(), TString::CaseInsensitive);
+}
+
+TEST(TPathTest, RandomPathsAgreeWithTheirGenericForm)
+{
+    std::mt19937 random(311); // fixed seed: a failure can be run again
+    int compared = 0;
+    for (int i = 0; i < 20000; ++i) {
+        TString const text = RandomText(random);
+        TPath const path(text);
+        TPath const other(i % 4 == 0 ? TString(path).toUpper() : RandomText(random));
+        TString const generic = path.GenericString();
+        TString const lower = generic.toLower();
+        ASSERT_EQ(path < other, generic < other.GenericString()) << path << " and " << other;
+        ASSERT_EQ(path == other, TString(path).compare(other, TString::CaseInsensitive) == 0)
+            << path << " and " << other;
+        ASSERT_EQ(std::hash<TPath>()(path),
+                  THash32(lower.constData(), lower.lengthInBytes(), 0xDEADBEEF));
+        // Without other roots, a path that ends in a name means the same to the standard library.
+        if (!generic.contains(u':') && generic == text && !generic.startsWith(u"//") &&
+            !path.HasTrailingSeparator() && !TString(path.Filename()).startsWith(u"..")) {
+            std::filesystem::path const peer(text.toStdU16String());
+            std::u16string const extension = peer.extension().u16string();
+            ASSERT_EQ(path.Filename().NativeString().toStdU16String(), peer.filename()) << path;
+            ASSERT_EQ(path.Stem().NativeString().toStdU16String(), peer.stem()) << path;
+            ASSERT_EQ(path.HasExtension(), !extension.empty()) << path;
+            ASSERT_EQ(path.Extension().NativeString().toStdU16String(),
+                      extension.substr(extension.empty() ? 0 : 1))
+                << path;
+            ASSERT_EQ(path.size(), std::distance(peer.begin(), peer.end())) << path;
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 1000);
+}
+
+TEST(TPathTest, ExceptionsKeepTheirClassAndTakeTheCallStack)
+{
+    TError::ErrorInfo const info(KorErrorsError::AutoGen_0xE27C2B2D(),
+                                 TError::ErrorSource::Internal, grpc::UNKNOWN);
+    TPath::Exception const plain(u"text", info, false);
+    EXPECT_EQ(plain.GetMessages().size(), 1u);
+    TPath::Exception const withStack(u"text", info, true);
+    EXPECT_GT(withStack.GetMessages().size(), 1u);
+    EXPECT_EQ(withStack.GetMessagesFront(), TStringCore(u"text"));
+    std::unique_ptr<KorvelException> const copy(static_cast<KorvelException const&>(plain).Clone());
+    EXPECT_THROW(copy->Throw(), TPath::Exception);
+    try {
+        TPath().ElementLengthAt(0);
+        FAIL();
+    } catch (TPath::Exception const& e) {
+        EXPECT_EQ(e.GetErrorInfo().GetErrorSource(), TError::ErrorSource::Internal);
+        EXPECT_EQ(e.GetErrorInfo().GetStatusCode(), grpc::UNKNOWN);
+        EXPECT_EQ(e.GetMessages().size(), 1u);
+    }
+}
+
+} // namespace

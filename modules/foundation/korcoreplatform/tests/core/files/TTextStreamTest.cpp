@@ -1,0 +1,78 @@
+#include "korcoreplatform/main/core/files/TTextStream.h"
+
+#include "korcoreplatform/tests/support/KorTest.h"
+
+#include <QBuffer>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+using Lines = std::vector<TString>;
+
+TEST(TTextStreamTest, LinesAreReadAtOnceAndOneByOne)
+{
+    struct Case
+    {
+        int line;
+        TString text;
+        Lines lines;
+    };
+    TString const longLine(u'\u00E9', 40000); // more than the stream takes from a device at once
+    Case const cases[] = {
+        {__LINE__, u"", {}},
+        {__LINE__, u"\n", {u""}},
+        {__LINE__, u"a\r\n\r\n\nb\n", {u"a", u"", u"", u"b"}},
+        {__LINE__, longLine + u"\r\nb\n" + longLine, {longLine, u"b", longLine}},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        QByteArray const bytes(c.text.toStdString().c_str());
+        TTextStream all(bytes);
+        all.setCodec("UTF-8");
+        EXPECT_EQ(all.ReadAllLines(), c.lines);
+        EXPECT_TRUE(all.ReadAllLines().empty());
+        TTextStream stream(bytes);
+        stream.setCodec("UTF-8");
+        Lines walked;
+        for (auto line = stream.LinesBegin(); line != stream.LinesEnd(); ++line) {
+            walked.push_back(*line);
+        }
+        EXPECT_EQ(walked, c.lines);
+    }
+}
+
+TEST(TTextStreamTest, AnIteratorGivesCopiesAndEndsEmpty)
+{
+    TTextStream stream(QByteArray("the first of the lines\nthe second of the lines"));
+    TTextStream::LineIterator line = stream.LinesBegin();
+    TTextStream::LineIterator const first = line;
+    TTextStream::LineIterator const second = ++line;
+    EXPECT_EQ(*second, TString(u"the second of the lines"));
+    EXPECT_EQ(++line, stream.LinesEnd());
+    EXPECT_TRUE(line->isEmpty());
+    EXPECT_EQ(++line, TTextStream::LineIterator(nullptr));
+    EXPECT_EQ(*first, TString(u"the first of the lines")); // untouched by what came after
+    EXPECT_EQ(*(line = first), *first);
+    EXPECT_EQ(line, second);
+}
+
+TEST(TTextStreamTest, WrittenLinesEndAndReachTheDevice)
+{
+    QBuffer buffer;
+    ASSERT_TRUE(buffer.open(QIODevice::WriteOnly));
+    TTextStream stream(&buffer);
+    stream.setCodec("UTF-8");
+    stream.WriteLines({});
+    EXPECT_EQ(buffer.data(), QByteArray(""));
+    stream.WriteLines({u"a", u"", u"\u00E9"});
+    EXPECT_EQ(buffer.data(), QByteArray("a\n\n\xC3\xA9\n")); // without a flush
+    stream << TString(u"b") << flush << 5;
+    EXPECT_EQ(buffer.data(), QByteArray("a\n\n\xC3\xA9\nb"));
+    stream << endl;
+    EXPECT_EQ(buffer.data(), QByteArray("a\n\n\xC3\xA9\nb5\n"));
+}
+
+} // namespace

@@ -1,0 +1,200 @@
+#include "korcoreplatform/main/core/logging/Logger.h"
+
+#include "korcoreplatform/main/core/logging/LogMessage.h"
+#include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
+#include "korcoreplatform/tests/support/KorTest.h"
+#include "korcoreplatform/tests/support/RecordingLogger.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using LogDetail::Caching;
+using LogDetail::Network;
+using TLog::NonErrorSeverity;
+using TLog::Severity;
+
+constexpr Severity kAll[] = {Severity::Trace, Severity::Debug, Severity::Info, Severity::Warn,
+                             Severity::Error, Severity::Fatal, Severity::Off,  Severity::LogDetail};
+
+/// Leaves the option about categories as a process starts with it.
+class LoggerTest : public testing::Test
+{
+protected:
+    ~LoggerTest() override
+    {
+        OptLogSeverity::SetIsSeverityPerLogDetailOn([] { return false; });
+    }
+};
+
+/// Counts how often it is asked, and answers as the base does.
+class CountingLogger : public RecordingLogger
+{
+public:
+    explicit CountingLogger(Severity minimal) : RecordingLogger(minimal)
+    {
+        DecideByMinimalSeverity(typeid(CountingLogger));
+    }
+    bool AcceptsSeverity(Severity severity) const override
+    {
+        ++asked;
+        return RecordingLogger::AcceptsSeverity(severity);
+    }
+    mutable std::atomic<int> asked{0};
+};
+
+/// Accepts everything, whatever its base has declared.
+class GreedyLogger : public CountingLogger
+{
+public:
+    using CountingLogger::CountingLogger;
+    bool AcceptsSeverity(Severity) const override { return true; }
+};
+
+/// How many records one log call leaves with the logger.
+std::size_t Logged(RecordingLogger const& logger, LogDetail::LogDetailEnums category,
+                   Severity severity)
+{
+    std::size_t const before = logger.records.size();
+    LogMessage(category, NonErrorSeverity(severity), u"text");
+    return logger.records.size() - before;
+}
+
+TEST_F(LoggerTest, MinimalSeverityIsTheLeastThatIsAccepted)
+{
+    LoggerInSlot<CountingLogger> const logger(Severity::Trace);
+    for (Severity const minimal : kAll) {
+        logger->SetMinimalAcceptedSeverity(minimal);
+        for (Severity const severity : kAll) {
+            SCOPED_TRACE(testing::Message() << int(minimal) << " for " << int(severity));
+            for (LogDetail::LogDetailEnums const category : {LogDetail::Count, Network}) {
+                EXPECT_EQ(Logged(*logger, category, severity), severity >= minimal ? 1u : 0u);
+                EXPECT_EQ(LoggerAcceptsSeverity(severity, category), severity >= minimal);
+            }
+        }
+    }
+}
+
+TEST_F(LoggerTest, ACategorysThresholdDecidesWhileTheOptionIsOn)
+{
+    LoggerInSlot<CountingLogger> const logger(Severity::Fatal);
+    logger->SetDetail(Network, Severity::Error);
+    logger->SetDetail(LogDetail::Count, Severity::Trace); // is never asked for
+    struct Case
+    {
+        int line;
+        bool isOn;
+        Severity minimal;
+        LogDetail::LogDetailEnums category;
+        Severity severity;
+        bool isAccepted;
+    };
+    Case const cases[] = {
+        {__LINE__, true, Severity::Fatal, Network, Severity::Error, true},
+        {__LINE__, true, Severity::Trace, Network, Severity::Warn, false},
+        {__LINE__, true, Severity::Fatal, Caching, Severity::Error, false},
+        {__LINE__, true, Severity::Warn, Caching, Severity::Warn, true},
+        {__LINE__, true, Severity::Warn, LogDetail::Count, Severity::Info, false},
+        {__LINE__, false, Severity::Fatal, Network, Severity::Error, false},
+        {__LINE__, false, Severity::Trace, Network, Severity::Warn, true},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        OptLogSeverity::SetIsSeverityPerLogDetailOn([&] { return c.isOn; });
+        logger->SetMinimalAcceptedSeverity(c.minimal);
+        EXPECT_EQ(Logged(*logger, c.category, c.severity), c.isAccepted ? 1u : 0u);
+        EXPECT_EQ(LoggerAcceptsSeverity(c.severity, c.category), c.isAccepted);
+    }
+    logger->ClearDetails();
+    EXPECT_FALSE(logger->IsDetailSet(Network));
+    EXPECT_EQ(logger->GetDetailSeverity(Network), Severity::Off);
+
+    OptLogSeverity::SetIsSeverityPerLogDetailOn(nullptr);
+    EXPECT_THROW(Logged(*logger, Network, Severity::Trace), std::bad_function_call);
+    EXPECT_EQ(Logged(*logger, LogDetail::Count, Severity::LogDetail), 1u); // does not ask it
+}
+
+TEST_F(LoggerTest, OnlyTheClassThatDecidesByMinimalSeverityIsNotAsked)
+{
+    LoggerInSlot<CountingLogger> const logger(Severity::Warn);
+    CountingLogger other(Severity::Trace);
+    other.SetMinimalAcceptedSeverity(Severity::Debug); // not that of the slot
+    EXPECT_EQ(Logged(*logger, LogDetail::Count, Severity::Info), 0u);
+    EXPECT_EQ(logger->asked, 0);
+    EXPECT_EQ(Logged(*logger, LogDetail::Count, Severity::Warn), 1u);
+    EXPECT_EQ(logger->asked, 1);
+    LoggerInSlot<GreedyLogger> const greedy(Severity::Off);
+    EXPECT_EQ(Logged(*greedy, LogDetail::Count, Severity::Trace), 1u);
+}
+
+TEST_F(LoggerTest, TheNullLoggerWantsNothing)
+{
+    TLog::Logger::Set(nullptr);
+    TLog::Logger& logger = **TLog::Logger::Get();
+    OptLogSeverity::SetIsSeverityPerLogDetailOn([] { return true; });
+    logger.SetMinimalAcceptedSeverity(Severity::Trace);
+    logger.SetDetail(Network, Severity::Trace);
+    for (Severity const severity : kAll) {
+        EXPECT_FALSE(LoggerAcceptsSeverity(severity, LogDetail::Count));
+        EXPECT_FALSE(LoggerAcceptsSeverity(severity, Network));
+    }
+    EXPECT_EQ(logger.GetMinimalAcceptedSeverity(), Severity::Off);
+    EXPECT_EQ(logger.GetDetailSeverity(Network), Severity::Off);
+}
+
+/// Logs while it is destroyed, and touches the slot.
+class DyingLogger : public RecordingLogger
+{
+public:
+    using RecordingLogger::RecordingLogger;
+    ~DyingLogger() override
+    {
+        SetMinimalAcceptedSeverity(Severity::Fatal);
+        LogMessage(u"last words");
+    }
+};
+
+TEST_F(LoggerTest, TheFormerLoggerIsDestroyedWhenTheNewOneIsInPlace)
+{
+    LoggerInSlot<DyingLogger> const former(Severity::Trace);
+    LoggerInSlot<RecordingLogger> const logger(Severity::Debug);
+    EXPECT_EQ(logger->records.size(), 1u); // the last words
+    EXPECT_EQ(TLog::Logger::Get()->get(), &*logger);
+}
+
+// For the thread sanitizer; and when all threads are done the last severity set holds.
+TEST_F(LoggerTest, SeveritiesChangeWhileOtherThreadsLog)
+{
+    LoggerInSlot<CountingLogger> const logger(Severity::Off);
+    OptLogSeverity::SetIsSeverityPerLogDetailOn([] { return true; });
+    std::atomic<bool> isDone{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2; ++i) {
+        threads.emplace_back([&] {
+            while (!isDone.load(std::memory_order_relaxed)) {
+                LogMessage(NonErrorSeverity(Severity::Trace), u"refused");
+                EXPECT_FALSE(LoggerAcceptsSeverity(Severity::Trace, Network));
+                EXPECT_FALSE(logger->IsDetailSet(static_cast<LogDetail::LogDetailEnums>(-1)));
+            }
+        });
+    }
+    for (int i = 0; i < 500; ++i) {
+        logger->SetMinimalAcceptedSeverity(i % 2 == 0 ? Severity::Debug : Severity::Info);
+        logger->SetDetail(Network, Severity::Fatal);
+        logger->SetDetail(static_cast<LogDetail::LogDetailEnums>(53), Severity::Fatal);
+        logger->ClearDetails();
+    }
+    isDone.store(true, std::memory_order_relaxed);
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_TRUE(logger->records.empty());
+    EXPECT_EQ(Logged(*logger, LogDetail::Count, Severity::Info), 1u);
+}
+
+} // namespace

@@ -1,0 +1,118 @@
+#include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
+
+#include "korcoreplatform/tests/support/KorTest.h"
+#include "korsys/main/error/LogicException.h"
+
+#include <boost/any.hpp>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+namespace {
+
+using Object = std::shared_ptr<boost::any>;
+using Context = std::unordered_map<TString, TString>;
+
+class TestSession : public ISessionObjects
+{
+public:
+    void SetUnsynchronizedObject(TString const& key, Object value) override { own[key] = value; }
+    Object GetUnsynchronizedObject(TString const& key) override { return own[key]; }
+    void SetSynchronizedObject(TString const& key, Object value) override { shared[key] = value; }
+    Object GetSynchronizedObject(TString const& key) override { return shared[key]; }
+
+    TUUID const id = TUUID::CreateUUID();
+    std::unordered_map<TString, Object> own;
+    std::unordered_map<TString, Object> shared;
+};
+
+thread_local std::shared_ptr<TestSession> t_session;
+
+/// Installs hooks that answer for `t_session`; the defaults are back after each test.
+class CoreThreadContextTest : public testing::Test
+{
+protected:
+    CoreThreadContextTest()
+    {
+        CoreThreadContext::SetHasSessionIdFunction([] { return t_session != nullptr; });
+        CoreThreadContext::SetGetSessionIdFunction([] { return t_session->id; });
+        CoreThreadContext::SetGetSessionObjectsInterfaceFunction([] { return t_session; });
+        t_session = std::make_shared<TestSession>();
+    }
+    ~CoreThreadContextTest() override
+    {
+        RestoreDefaults();
+        t_session = nullptr;
+    }
+
+    static void RestoreDefaults()
+    {
+        CoreThreadContext::SetHasSessionIdFunction({});
+        CoreThreadContext::SetGetSessionIdFunction({});
+        CoreThreadContext::SetGetSessionObjectsInterfaceFunction({});
+    }
+};
+
+void ExpectNoSession()
+{
+    EXPECT_FALSE(CoreThreadContext::HasSessionId());
+    EXPECT_EQ(CoreThreadContext::GetGenericObject(u"x"), nullptr);
+    EXPECT_EQ(CoreThreadContext::GetGenericUnsynchronizedObject(u"x"), nullptr);
+    EXPECT_EQ(CoreThreadContextUtils::GetLoggingContext(), nullptr);
+    struct Case
+    {
+        void (*write)(TString const&, Object);
+        char const* id;
+        std::string line;
+    };
+    Case const cases[] = {
+        {&CoreThreadContext::SetGenericUnsynchronizedObject,
+         "LogicException_LogicAssert_0xD612CFB0", "98: "},
+        {&CoreThreadContext::SetGenericObject, "LogicException_LogicAssert_0x7615C447", "117: "}};
+    for (Case const& c : cases) {
+        EXPECT_KOR_ERROR(c.write(u"x", nullptr), LogicException, c.id);
+        try {
+            c.write(u"x", nullptr);
+        } catch (LogicException const& e) {
+            std::string const place = "/main/core/SessionObjectStore\" at line " + c.line;
+            EXPECT_NE(std::string(e.what()).find(place), std::string::npos) << e.what();
+        }
+    }
+    EXPECT_THROW(CoreThreadContextUtils::SetLoggingContext(nullptr), LogicException);
+}
+
+TEST_F(CoreThreadContextTest, ObjectsOfTheTwoKindsGoToTheSessionOfTheThread)
+{
+    Object const own = std::make_shared<boost::any>(1);
+    Object const shared = std::make_shared<boost::any>(2);
+    CoreThreadContext::SetGenericUnsynchronizedObject(u"x", own);
+    CoreThreadContext::SetGenericObject(u"x", shared);
+    EXPECT_EQ(t_session->own[u"x"], own);
+    EXPECT_EQ(t_session->shared[u"x"], shared);
+    EXPECT_EQ(CoreThreadContext::GetGenericUnsynchronizedObject(u"x"), own);
+    EXPECT_EQ(CoreThreadContext::GetGenericObject(u"x"), shared);
+    EXPECT_EQ(CoreThreadContext::GetSessionId(), t_session->id);
+    std::thread(ExpectNoSession).join();
+}
+
+TEST_F(CoreThreadContextTest, EmptyHooksAreTheDefaultsAgain)
+{
+    RestoreDefaults();
+    ExpectNoSession();
+    EXPECT_TRUE(CoreThreadContext::GetSessionId().IsNull());
+    EXPECT_EQ(CoreThreadContext::GetSessionObjectsInterface(), nullptr);
+}
+
+TEST_F(CoreThreadContextTest, LoggingContextIsOneMapForAllReaders)
+{
+    auto const context = std::make_shared<Context>();
+    CoreThreadContextUtils::SetLoggingContext(context);
+    EXPECT_EQ(CoreThreadContextUtils::GetLoggingContext(), context);
+    Object const stored = t_session->shared[u"logging-ctx"];
+    EXPECT_EQ(boost::any_cast<std::shared_ptr<Context>>(*stored), context);
+    *stored = std::shared_ptr<Context const>(context); // nearly the right type
+    EXPECT_THROW(CoreThreadContextUtils::GetLoggingContext(), boost::bad_any_cast);
+}
+
+} // namespace
