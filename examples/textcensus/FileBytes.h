@@ -2,10 +2,9 @@
 
 #pragma once
 
-#include "korcoreplatform/main/string/TString.h"
+#include "korcoreplatform/main/core/files/TPath.h"
 
 #include <cstddef>
-#include <filesystem>
 #include <vector>
 
 namespace TextCensus {
@@ -14,16 +13,15 @@ namespace TextCensus {
 class FileBytes
 {
 public:
-    /// Reads the whole file, however long it says it is: it may grow or shrink meanwhile. Returns
-    /// why it could not, or the empty text. Never waits for another process.
-    TString Read(std::filesystem::path const& path);
+    /// Reads the whole file, however long it says it is: it may grow or shrink meanwhile.
+    /// Throws: what `TFile` throws when the file cannot be opened or read; `std::system_error` for
+    /// one that is longer than a text can be; `std::bad_alloc`.
+    void Read(TPath const& path);
 
     char const* Data() const { return m_bytes.data(); }
     std::size_t Size() const { return m_size; }
 
 private:
-    TString ReadAll(int descriptor, std::size_t expectedSize);
-
     std::vector<char> m_bytes; ///< At least `m_size` of them.
     std::size_t m_size = 0;
 };

@@ -1,16 +1,36 @@
 #include "FileWalk.h"
 
-#include "Paths.h"
+#include "korcoreplatform/main/core/files/PathFunctions.h"
+#include "korcoreplatform/main/core/files/TDirectory.h"
+#include "korcoreplatform/main/core/logging/LogMessage.h"
+#include "korcoreplatform/main/core/system/TElapsedTimer.h"
+#include "korsys/main/error/KorvelException.h"
 
 #include <algorithm>
-#include <string>
+#include <filesystem>
 #include <system_error>
 #include <utility>
 
 namespace TextCensus {
 namespace {
 
-namespace fs = std::filesystem;
+/// Unlike `PathExists`, follows links: one to nowhere leads nowhere too.
+bool LeadsSomewhere(TPath const& path)
+{
+    std::error_code error;
+    return std::filesystem::exists(path.NativeString().toStdString(), error);
+}
+
+void LogFolder(TPath const& folder, std::uint64_t entries, TElapsedTimer const& timer)
+{
+    if (LoggerAcceptsSeverity(TLog::Severity::Debug, LogDetail::ListFilesTimings)) {
+        LogMessage(LogDetail::ListFilesTimings, TLog::NonErrorSeverity(TLog::Severity::Debug),
+                   u"folder-listed",
+                   {{u"path", folder},
+                    {u"entries", TString::number(entries)},
+                    {u"milliseconds", TString::number(timer.ElapsedMsec(), 'f', 3)}});
+    }
+}
 
 /// Walks without recursion: the depth of a tree of folders costs no stack.
 class Walk
@@ -18,116 +38,84 @@ class Walk
 public:
     explicit Walk(std::function<void(std::size_t)> const& onProgress) : m_onProgress(onProgress) {}
 
-    void AddRoot(fs::path const& root);
+    void AddRoot(TPath const& root);
     FileList TakeResult();
 
 private:
     void AddPendingFolders();
-    void AddFolder(fs::path const& folder);
-    void AddEntry(fs::directory_entry const& entry);
-    void AddLink(fs::path const& link);
-    void AddUnreadable(fs::path const& path, TString const& reason);
-    void AddUnreadable(fs::path const& path, std::error_code const& error);
+    void AddFolder(TPath const& folder);
+    void AddEntry(TPath const& entry);
 
     FileList m_result;
-    std::vector<fs::path> m_pendingFolders;
+    std::vector<TPath> m_pendingFolders;
     std::function<void(std::size_t)> const& m_onProgress;
 };
 
-void Walk::AddRoot(fs::path const& root)
+void Walk::AddRoot(TPath const& root)
 {
-    std::error_code error;
-    fs::file_status const status = fs::status(root, error);
-    if (fs::is_directory(status)) {
+    if (IsDirectory(root, true)) {
         m_pendingFolders.push_back(root);
         AddPendingFolders();
-    } else if (fs::is_regular_file(status)) {
+    } else if (IsRegularFile(root, true) || !LeadsSomewhere(root)) {
         m_result.files.push_back(root);
-    } else if (error) {
-        AddUnreadable(root, error);
     } else {
-        AddUnreadable(root, u"Not a regular file");
+        AddUnreadable(m_result.unreadable, root, u"Not a regular file");
     }
 }
 
 FileList Walk::TakeResult()
 {
-    std::sort(m_result.files.begin(), m_result.files.end(),
-              [](fs::path const& a, fs::path const& b) { return a.native() < b.native(); });
+    std::sort(m_result.files.begin(), m_result.files.end());
     return std::move(m_result);
 }
 
 void Walk::AddPendingFolders()
 {
     while (!m_pendingFolders.empty()) {
-        fs::path const folder = std::move(m_pendingFolders.back());
+        TPath const folder = std::move(m_pendingFolders.back());
         m_pendingFolders.pop_back();
         AddFolder(folder);
         m_onProgress(m_result.files.size());
     }
 }
 
-void Walk::AddFolder(fs::path const& folder)
+void Walk::AddFolder(TPath const& folder)
 {
-    std::error_code error;
-    fs::directory_iterator entry(folder, error);
-    // An iterator that fails becomes the end.
-    while (!error && entry != fs::directory_iterator()) {
-        AddEntry(*entry);
-        entry.increment(error);
-    }
-    if (error) {
-        AddUnreadable(folder, error);
-    }
-}
-
-void Walk::AddEntry(fs::directory_entry const& entry)
-{
-    std::error_code error;
-    fs::file_status const status = entry.symlink_status(error);
-    if (fs::is_regular_file(status)) {
-        m_result.files.push_back(entry.path());
-    } else if (fs::is_directory(status)) {
-        m_pendingFolders.push_back(entry.path());
-    } else if (fs::is_symlink(status)) {
-        AddLink(entry.path());
-    } else if (error) {
-        AddUnreadable(entry.path(), error);
-    } else {
-        ++m_result.skipped;
+    TElapsedTimer const timer(true);
+    std::uint64_t entries = 0;
+    try {
+        for (TPath const& entry : TDirectory(folder)) {
+            AddEntry(entry);
+            ++entries;
+        }
+        LogFolder(folder, entries, timer);
+    } catch (TDirectory::Exception const& failure) {
+        AddUnreadable(m_result.unreadable, folder, failure);
     }
 }
 
-void Walk::AddLink(fs::path const& link)
+void Walk::AddEntry(TPath const& entry)
 {
-    std::error_code error;
-    fs::file_status const target = fs::status(link, error);
-    if (fs::is_regular_file(target)) {
-        m_result.files.push_back(link);
-    } else if (error) {
-        AddUnreadable(link, error);
-    } else {
-        ++m_result.skipped;
+    try {
+        if (IsRegularFile(entry, true) || !LeadsSomewhere(entry)) {
+            m_result.files.push_back(entry);
+        } else if (IsDirectory(entry, true) && !IsSymlink(entry)) {
+            m_pendingFolders.push_back(entry);
+        } else {
+            ++m_result.skipped;
+        }
+    } catch (TPath::Exception const& failure) { // gone meanwhile
+        AddUnreadable(m_result.unreadable, entry, failure);
     }
-}
-
-void Walk::AddUnreadable(fs::path const& path, TString const& reason)
-{
-    m_result.unreadable.push_back({TextOf(path), reason});
-}
-
-void Walk::AddUnreadable(fs::path const& path, std::error_code const& error)
-{
-    AddUnreadable(path, TString::fromStdString(error.message()));
 }
 
 } // namespace
 
-FileList ListFiles(std::vector<fs::path> const& roots,
+FileList ListFiles(std::vector<TPath> const& roots,
                    std::function<void(std::size_t)> const& onProgress)
 {
     Walk walk(onProgress);
-    for (fs::path const& root : roots) {
+    for (TPath const& root : roots) {
         walk.AddRoot(root);
     }
     return walk.TakeResult();

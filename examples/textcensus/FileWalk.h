@@ -2,35 +2,31 @@
 
 #pragma once
 
-#include "korcoreplatform/main/string/TString.h"
+#include "Unreadable.h"
+
+#include "korcoreplatform/main/core/files/TPath.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <vector>
 
 namespace TextCensus {
 
-/// A file or folder that could not be read, and why.
-struct Unreadable
-{
-    TString path;
-    TString reason;
-};
-
 /// What a walk found.
 struct FileList
 {
-    std::vector<std::filesystem::path> files; ///< In the order of their bytes.
+    /// Sorted. What leads nowhere is among them: opening it tells why.
+    std::vector<TPath> files;
     std::vector<Unreadable> unreadable;
     std::uint64_t skipped = 0; ///< Below folders: links to folders, and what is no file.
 };
 
 /// Lists the regular files among `roots` and below them; nothing is opened but folders. A link to
 /// a file is that file; a link to a folder is followed only if it is one of the roots, so no walk
-/// goes in circles. `onProgress` hears now and then how many files were found so far.
-FileList ListFiles(std::vector<std::filesystem::path> const& roots,
+/// goes in circles. `onProgress` hears now and then how many files were found so far. Each folder
+/// is logged with the time it took.
+FileList ListFiles(std::vector<TPath> const& roots,
                    std::function<void(std::size_t)> const& onProgress);
 
 } // namespace TextCensus

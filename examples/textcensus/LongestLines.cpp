@@ -10,8 +10,10 @@ bool StandsBefore(LongLine const& a, LongLine const& b)
     if (a.codeUnits != b.codeUnits) {
         return a.codeUnits > b.codeUnits;
     }
-    int const byPath = a.path.compare(b.path);
-    return byPath != 0 ? byPath < 0 : a.number < b.number;
+    if (a.path < b.path || b.path < a.path) {
+        return a.path < b.path;
+    }
+    return a.number < b.number;
 }
 
 } // namespace

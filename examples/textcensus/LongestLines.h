@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "korcoreplatform/main/string/TString.h"
+#include "korcoreplatform/main/core/files/TPath.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace TextCensus {
 struct LongLine
 {
     std::uint64_t codeUnits = 0;
-    TString path;
+    TPath path;
     std::uint64_t number = 0; ///< Counted from 1.
 };
 

@@ -2,9 +2,9 @@
 
 #pragma once
 
+#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/string/TString.h"
 
-#include <filesystem>
 #include <vector>
 
 namespace TextCensus {
@@ -14,7 +14,11 @@ struct Options
 {
     bool help = false;
     bool json = false;
-    std::vector<std::filesystem::path> roots; ///< Files and folders to count, in the order named.
+    bool verbose = false;
+    TPath logConfig;          ///< Empty when none was named.
+    std::vector<TPath> roots; ///< Files and folders to count, in the order named.
+
+    bool IsLogging() const { return verbose || !logConfig.IsEmpty(); }
 };
 
 /// A command line that was read.
@@ -24,8 +28,8 @@ struct CommandLine
     TString problem; ///< What is wrong with the command line; empty when nothing is.
 };
 
-/// Reads the arguments; the first one is the program's name. Everything behind "--" is a path.
-CommandLine ReadCommandLine(int argc, char const* const* argv);
+/// Reads the arguments; everything behind "--" is a path.
+CommandLine ReadCommandLine(std::vector<TString> const& arguments);
 
 /// What `--help` prints, and the one line that goes with a wrong command line.
 TString HelpText();

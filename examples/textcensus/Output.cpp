@@ -2,14 +2,12 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <string>
 
 namespace TextCensus {
 namespace {
 
-int Write(TString const& text, std::FILE* stream)
+int Write(std::string const& bytes, std::FILE* stream)
 {
-    std::string const bytes = text.toStdString();
     errno = 0;
     bool const isWritten = std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
     if (isWritten && std::fflush(stream) == 0) {
@@ -22,12 +20,17 @@ int Write(TString const& text, std::FILE* stream)
 
 int WriteToStandardOutput(TString const& text)
 {
-    return Write(text, stdout);
+    return Write(text.toStdString(), stdout);
 }
 
 void WriteToStandardError(TString const& text)
 {
-    Write(text, stderr);
+    WriteToStandardError(text.toStdString());
+}
+
+void WriteToStandardError(std::string const& utf8)
+{
+    Write(utf8, stderr);
 }
 
 } // namespace TextCensus

@@ -4,6 +4,8 @@
 
 #include "korcoreplatform/main/string/TString.h"
 
+#include <string>
+
 namespace TextCensus {
 
 /// Writes the text in UTF-8 to the end. Returns 0, or the system's number of what went wrong.
@@ -11,5 +13,6 @@ int WriteToStandardOutput(TString const& text);
 
 /// The same, where nobody could be told of a failure.
 void WriteToStandardError(TString const& text);
+void WriteToStandardError(std::string const& utf8);
 
 } // namespace TextCensus

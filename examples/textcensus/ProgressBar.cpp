@@ -29,7 +29,7 @@ int TerminalColumns()
 
 } // namespace
 
-ProgressBar::ProgressBar() : m_columns(TerminalColumns()) {}
+ProgressBar::ProgressBar(bool isShown) : m_columns(isShown ? TerminalColumns() : 0) {}
 
 void ProgressBar::ShowListing(std::size_t found)
 {

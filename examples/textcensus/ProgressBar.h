@@ -11,11 +11,12 @@
 namespace TextCensus {
 
 /// One line at the bottom of the terminal that standard error leads to, redrawn in place a few
-/// times a second and erased at the end. Does nothing when standard error is no terminal.
+/// times a second and erased at the end. Does nothing when standard error is no terminal, nor when
+/// it is not to be shown.
 class ProgressBar
 {
 public:
-    ProgressBar();
+    explicit ProgressBar(bool isShown);
     ~ProgressBar() { Erase(); }
     ProgressBar(ProgressBar const&) = delete;
     ProgressBar& operator=(ProgressBar const&) = delete;

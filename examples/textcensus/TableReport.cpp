@@ -1,7 +1,6 @@
 #include "TableReport.h"
 
 #include "Grouped.h"
-#include "Paths.h"
 
 #include "korcoreplatform/main/string/TFormatString.h"
 
@@ -17,6 +16,29 @@ constexpr int kLabelWidth = 20;
 constexpr int kListNumberWidth = 10;
 
 using Cells = std::array<TString, 4>;
+
+bool IsControl(char16_t c)
+{
+    return c < u' ' || (c >= 0x7F && c < 0xA0);
+}
+
+/// The text with its control characters spelled out ("\x0A"): it stays on one line and cannot
+/// steer a terminal.
+TString Printable(TString const& text)
+{
+    if (std::none_of(text.cbegin(), text.cend(), IsControl)) {
+        return text;
+    }
+    TString printable;
+    for (char16_t const c : text) {
+        if (IsControl(c)) {
+            printable += u"\\x" + TString::number(c, 16, 2, u'0').toUpper();
+        } else {
+            printable += c;
+        }
+    }
+    return printable;
+}
 
 /// A group without files has nothing more to show.
 Cells CellsOf(Counts const& counts)
@@ -111,7 +133,7 @@ TString UnreadableText(std::vector<Unreadable> const& files)
     }
     TString text = TFormat(u"\nCould not be read (%1)\n", Grouped(files.size()));
     for (Unreadable const& file : files) {
-        text += TFormat(u"  %1: %2\n", Printable(file.path), file.reason);
+        text += TFormat(u"  %1: %2\n", Printable(file.path), Printable(file.reason));
     }
     return text;
 }

@@ -109,7 +109,7 @@ private:
         ++m_count.lines;
         auto const length = static_cast<std::uint64_t>(codeUnits);
         if (m_count.longestLines.MayTake(length)) {
-            m_count.longestLines.Take({length, TString(), m_count.lines});
+            m_count.longestLines.Take({length, TPath(), m_count.lines});
         }
     }
 

@@ -13,7 +13,7 @@ void AddTo(Counts& counts, TextCount const& count)
 
 } // namespace
 
-void Totals::Add(TString const& path, TextCount const& count)
+void Totals::Add(TPath const& path, TextCount const& count)
 {
     std::size_t const encoding = static_cast<std::size_t>(count.encoding - EncodingUtf8);
     std::size_t const noMark = byMark.size() - 1; // only the encodings before it have a mark

@@ -2,9 +2,11 @@
 
 #pragma once
 
-#include "FileWalk.h"
 #include "LongestLines.h"
 #include "TextCount.h"
+#include "Unreadable.h"
+
+#include "korcoreplatform/main/core/files/TPath.h"
 
 #include <array>
 #include <cstddef>
@@ -25,7 +27,7 @@ struct Counts
 /// A file whose bytes are not all text in its encoding.
 struct ReplacedFile
 {
-    TString path;
+    TPath path;
     std::uint64_t characters = 0; ///< How many U+FFFD stand for bytes.
 };
 
@@ -40,7 +42,7 @@ struct Group
 struct Totals
 {
     /// Throws: `std::bad_alloc`.
-    void Add(TString const& path, TextCount const& count);
+    void Add(TPath const& path, TextCount const& count);
 
     Counts all;
     /// In the order of `EncodingType`, `byMark` as well.

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,18 @@ std::vector<std::string> Paths(Json const& list)
         paths.push_back(item["path"]);
     }
     return paths;
+}
+
+/// The log in what went to standard error; fails the test when a line is not JSON.
+std::vector<Json> Records(std::string const& lines)
+{
+    std::vector<Json> records;
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        records.push_back(Json::parse(line, nullptr, false));
+        EXPECT_TRUE(records.back().is_object()) << line;
+    }
+    return records;
 }
 
 TEST(TextCensusTest, EachKindOfTextIsToldApart)
@@ -238,11 +251,13 @@ TEST(TextCensusTest, WhatCannotBeReadIsListedAndTheRestCounted)
     EXPECT_EQ(report["all"]["files"], 1);
     EXPECT_EQ(Paths(report["unreadable"]),
               (std::vector<std::string>{"missing", "top/dangling", "top/self"}));
-    EXPECT_EQ(report["unreadable"][0]["reason"], "No such file or directory");
+    EXPECT_EQ(report["unreadable"][0]["reason"],
+              "Unable to open file 'missing': No such file or directory");
 
     Outcome const table = RunProgram(folder.Path(), {"missing", "top/file"});
     EXPECT_EQ(table.status, 1);
-    EXPECT_NE(table.out.find("\nCould not be read (1)\n  missing: No such file or directory\n"),
+    EXPECT_NE(table.out.find("\nCould not be read (1)\n  missing: Unable to open file 'missing': "
+                             "No such file or directory\n"),
               std::string::npos)
         << table.out;
 }
@@ -261,28 +276,29 @@ TEST(TextCensusTest, FilesWithoutPermissionAreListed)
     Json const report = Report(folder, {"top"}, 1);
     fs::permissions(folder.Path() / "top/closed", fs::perms::owner_all);
     EXPECT_EQ(report["all"]["files"], 1);
-    EXPECT_EQ(report["unreadable"],
-              Json::parse(R"([{"path": "top/closed", "reason": "Permission denied"},
-                              {"path": "top/secret", "reason": "Permission denied"}])"));
+    EXPECT_EQ(report["unreadable"], Json::parse(R"([{"path": "top/closed",
+                               "reason": "Unable to open directory: top/closed"},
+                              {"path": "top/secret",
+                               "reason": "Unable to open file 'top/secret': Permission denied"}])"));
 }
 
 TEST(TextCensusTest, AnyFileNameCanBeShown)
 {
     ScratchFolder const folder;
-    std::string const bad = "bad \xE9\xFF";
     folder.Write("n/line\nbreak", "1");
     folder.Write("n/quo\"te\\d\t\x1B[31m\x7F", "22");
-    folder.Write("n/" + bad, "333");
-    Json const report = Report(folder, {"n"});
+    folder.Write("n/\u00E9\U0001F600", "333");
+    folder.Write("n/not UTF-8\n\xE9\xFF", "4444"); // the text of such a name leads nowhere
+    Json const report = Report(folder, {"n"}, 1);
     EXPECT_EQ(Paths(report["longestLines"]),
-              (std::vector<std::string>{"n/bad \uFFFD\uFFFD", "n/quo\"te\\d\t\x1B[31m\x7F",
+              (std::vector<std::string>{"n/\u00E9\U0001F600", "n/quo\"te\\d\t\x1B[31m\x7F",
                                         "n/line\nbreak"}));
-    EXPECT_EQ(Report(folder, {"missing " + bad}, 1)["unreadable"][0]["path"],
-              "missing bad \uFFFD\uFFFD");
+    EXPECT_EQ(Paths(report["unreadable"]), (std::vector<std::string>{"n/not UTF-8\n\uFFFD\uFFFD"}));
 
     std::string const table = RunProgram(folder.Path(), {"n"}).out;
     for (char const* shown : {"  n/line\\x0Abreak:1\n", "  n/quo\"te\\d\\x09\\x1B[31m\\x7F:1\n",
-                              "  n/bad \uFFFD\uFFFD:1\n"}) {
+                              "  n/not UTF-8\\x0A\uFFFD\uFFFD: Unable to open file "
+                              "'n/not UTF-8\\x0A\uFFFD\uFFFD': No such file or directory\n"}) {
         EXPECT_NE(table.find(shown), std::string::npos) << shown << "\n" << table;
     }
 }
@@ -297,7 +313,7 @@ TEST(TextCensusTest, CommandLinesAreUnderstoodOrRefused)
         std::string error;  ///< How standard error starts.
         std::string output; ///< How standard output starts.
     };
-    std::string const help = "usage: textcensus [--json] PATH...\n";
+    std::string const help = "usage: textcensus [OPTION]... PATH...\n\n";
     Case const cases[] = {
         {__LINE__, {}, 2, "textcensus: name at least one file or folder\nusage: ", ""},
         {__LINE__, {"--json"}, 2, "textcensus: name at least one", ""},
@@ -305,6 +321,9 @@ TEST(TextCensusTest, CommandLinesAreUnderstoodOrRefused)
         {__LINE__, {"--jason", "-file"}, 2, "textcensus: unknown option: --jason\nusage: ", ""},
         {__LINE__, {"-file"}, 2, "textcensus: unknown option: -file", ""},
         {__LINE__, {"--50%"}, 2, "textcensus: unknown option: --50%", ""},
+        {__LINE__, {"file", "--log-config"}, 2, "textcensus: --log-config needs a file\n", ""},
+        {__LINE__, {"--log-config", "", "file"}, 2, "textcensus: --log-config needs a file\n", ""},
+        {__LINE__, {"--log-config", "file"}, 2, "textcensus: name at least one", ""},
         {__LINE__, {"--help"}, 0, "", help},
         {__LINE__, {"file", "-h"}, 0, "", help},
         {__LINE__, {"--", "-file"}, 0, "", "          "},
@@ -323,6 +342,107 @@ TEST(TextCensusTest, CommandLinesAreUnderstoodOrRefused)
         EXPECT_EQ(c.error.empty(), outcome.err.empty()) << outcome.err;
         EXPECT_EQ(c.output.empty(), outcome.out.empty()) << outcome.out;
     }
+}
+
+TEST(TextCensusTest, TheLogHoldsWhatItsOptionsLetThrough)
+{
+    using Keys = std::vector<std::string>;
+    struct Case
+    {
+        int line;
+        std::vector<std::string> options;
+        std::string config; ///< What the file "config" holds.
+        Keys keys;          ///< Of the records.
+    };
+    Case const cases[] = {
+        {__LINE__, {}, "", {}},
+        {__LINE__,
+         {"--verbose"},
+         "",
+         {"census-started", "folder-listed", "folder-listed", "files-listed", "unreadable",
+          "files-counted"}},
+        {__LINE__,
+         {"--log-config", "config"},
+         R"({"listFilesTimings": "DEBUG", "Network": "off"})",
+         {"folder-listed", "folder-listed", "unreadable"}},
+        {__LINE__, {"--log-config", "config"}, R"({"ListFilesTimings": "info"})", {"unreadable"}},
+        {__LINE__,
+         {"--log-config", "config", "--verbose"},
+         R"({"ListFilesTimings": "off"})",
+         {"census-started", "files-listed", "unreadable", "files-counted"}},
+        {__LINE__, {"--log-config", "config"}, "", {"unreadable"}},
+        {__LINE__, {"--log-config", "config"}, R"({"Network":)", {"msg", "unreadable"}},
+        {__LINE__, {"--log-config", "nowhere"}, "", {"msg", "unreadable"}},
+    };
+    ScratchFolder const folder;
+    folder.Write("top/file", "a\nb\n");
+    folder.Write("top/inner/file", "c\n");
+    fs::create_symlink("nowhere", folder.Path() / "top/dangling");
+    std::string const report = RunProgram(folder.Path(), {"top"}).out;
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        folder.Write("config", c.config);
+        std::vector<std::string> arguments = c.options;
+        arguments.push_back("top");
+        Outcome const outcome = RunProgram(folder.Path(), arguments);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.out, report);
+        Keys keys;
+        for (Json const& record : Records(outcome.err)) {
+            keys.push_back(record["k"]);
+        }
+        EXPECT_EQ(keys, c.keys) << outcome.err;
+    }
+
+    folder.Write("config", R"({"Network": 3})");
+    Outcome const refused = RunProgram(folder.Path(), {"--log-config", "config", "top"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err.rfind("textcensus: config: Expected a value of type string.\nusage: ", 0),
+              0u)
+        << refused.err;
+}
+
+TEST(TextCensusTest, TheLogTellsWhatHappened)
+{
+    ScratchFolder const folder;
+    folder.Write("top/file", "a\nb\n");
+    Outcome const outcome = RunProgram(folder.Path(), {"--verbose", "top", "missing", ""},
+                                       Stdout::Captured, Stderr::Terminal);
+    // A terminal shows the records alone, and Qt's warning of the empty name as one of them.
+    std::vector<Json> const records = Records(outcome.err);
+    ASSERT_EQ(records.size(), 7u) << outcome.err;
+    struct Case
+    {
+        std::size_t index;
+        char const* severity;
+        char const* expected; ///< Members of the record's value.
+        char const* error;    ///< The id, empty when there is none.
+    };
+    Case const cases[] = {
+        {0, "info", R"({"arguments": "--verbose top missing "})", ""},
+        {1, "debug", R"({"path": "top", "entries": "1"})", ""},
+        {2, "info", R"({"files": "3", "skipped": "0", "unreadable": "0"})", ""},
+        {4, "warn", R"({"path": "", "reason": "Unable to open file '': No file name specified"})",
+         "TIOException_AutoGen_0x3DE8E9E4"},
+        {5, "warn",
+         R"({"path": "missing",
+             "reason": "Unable to open file 'missing': No such file or directory"})",
+         "TIOException_AutoGen_0x3DE8E9E4"},
+        {6, "info",
+         R"({"files": "1", "bytes": "4", "code-units": "4", "lines": "2", "unreadable": "2"})", ""},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.index);
+        Json const& record = records[c.index];
+        EXPECT_EQ(record["sev"], c.severity);
+        Json const expected = Json::parse(c.expected);
+        for (auto const& [name, value] : expected.items()) {
+            EXPECT_EQ(record["v"].value(name, "(missing)"), value) << record;
+        }
+        EXPECT_EQ(record.value("/e/excp-error-code"_json_pointer, ""), c.error) << record;
+    }
+    EXPECT_EQ(records[3]["k"], "msg");
 }
 
 TEST(TextCensusTest, AReportThatCannotBeWrittenIsAFailure)
