@@ -12,6 +12,7 @@
 #include <QString>
 
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -75,6 +76,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     }
     double number;
     std::memcpy(&number, &bits, sizeof(number));
+    if (std::abs(number) > 1.79e308) {
+        number = 0; // rounded to two decimals it may be more than the reader's numbers hold
+    }
     TLog::EventTime const time{std::chrono::microseconds(bits)};
     std::u16string units(size / 2, u'\0');
     if (!units.empty()) { // `data` may be null when it is empty

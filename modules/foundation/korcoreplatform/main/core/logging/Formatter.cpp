@@ -39,7 +39,7 @@ TString ToText(std::string_view ascii)
 
 /// Does the work of a formatter. Texts are written one behind the other into one buffer; a value of
 /// a host's own kind is asked to visit the formatter, which then writes at the same place.
-class Formatter::Writer
+class __attribute__((visibility("hidden"))) Formatter::Writer
 {
 public:
     explicit Writer(Formatter& formatter) : m_formatter(formatter) {}
