@@ -208,7 +208,7 @@ function(kor_add_example name)
 endfunction()
 
 # kor_add_example_tests(<name> LINK <targets>): <name>_tests from examples/<name>/tests/*.cpp. They run
-# the program, whose path the macro <NAME>_PROGRAM holds.
+# the program, whose path the macro <NAME>_PROGRAM holds; what no macro's name may contain is "_" there.
 function(kor_add_example_tests name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
     file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/${name}/tests/*.cpp")
@@ -216,9 +216,19 @@ function(kor_add_example_tests name)
         return()
     endif()
     kor_add_test_program(${name}_tests korcoreplatform "${sources}" "${arg_LINK}")
-    string(TOUPPER "${name}" prefix)
+    string(MAKE_C_IDENTIFIER "${name}" prefix)
+    string(TOUPPER "${prefix}" prefix)
     target_compile_definitions(${name}_tests PRIVATE "${prefix}_PROGRAM=\"$<TARGET_FILE:${name}>\"")
     add_dependencies(${name}_tests ${name})
+endfunction()
+
+# kor_add_quoted_file_test(<file> <text>): the text shows all lines of the file, which is compiled.
+function(kor_add_quoted_file_test file text)
+    set(name "QuotedFile.${file}")
+    add_test(NAME "${name}" COMMAND "${CMAKE_COMMAND}"
+        -D "FILE=${PROJECT_SOURCE_DIR}/${file}" -D "TEXT=${PROJECT_SOURCE_DIR}/${text}"
+        -P "${PROJECT_SOURCE_DIR}/cmake/QuotedFileTest.cmake")
+    set_tests_properties("${name}" PROPERTIES LABELS docs TIMEOUT 60)
 endfunction()
 
 # Another project builds against what is installed, with find_package and with pkg-config.

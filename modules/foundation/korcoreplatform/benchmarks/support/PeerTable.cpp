@@ -122,9 +122,7 @@ Row& Row::Peer(std::string peer, Task task)
     return *this;
 }
 
-} // namespace PeerTable
-
-int main(int argc, char** argv)
+int Main(int argc, char** argv)
 {
     // Interleaved rounds, so that a machine whose speed drifts is equally unfair to all.
     std::vector<std::string> arguments = {argv[0], "--benchmark_repetitions=5",
@@ -140,7 +138,9 @@ int main(int argc, char** argv)
     if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) {
         return 2;
     }
-    PeerTable::TableReporter reporter;
+    TableReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return 0;
 }
+
+} // namespace PeerTable

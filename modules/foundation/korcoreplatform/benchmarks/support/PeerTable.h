@@ -29,6 +29,10 @@ private:
     std::string m_name;
 };
 
+/// Runs the rows and prints the table; the arguments are those of the benchmark library. Returns
+/// the exit code of the program.
+int Main(int argc, char** argv);
+
 /// Runs `once` for as long as the benchmark wants; what it returns is kept from the optimiser.
 template <class Once>
 Task Repeat(Once once)

@@ -58,6 +58,13 @@ UErrorCode Fill(std::vector<Unit>& buffer, int& length,
     return error;
 }
 
+/// What could not be converted, empty when the arguments describe no text.
+template <class Unit>
+TString TextOf(Unit const* text, int length)
+{
+    return text == nullptr || length < -1 ? TString() : TString(text, length);
+}
+
 } // namespace
 
 namespace UnicodeCore {
@@ -76,7 +83,7 @@ void ToUTF8::Convert(char16_t const* text, int length)
 {
     UErrorCode const error = Fill(m_buffer, m_length, &u_strToUTF8WithSub, text, length);
     if (U_FAILURE(error)) {
-        LogFailure(kToFailed, error, TString(text, length));
+        LogFailure(kToFailed, error, TextOf(text, length));
     }
 }
 
@@ -110,7 +117,7 @@ void FromUTF8::Convert(char const* text, int length)
 {
     UErrorCode const error = Fill(m_buffer, m_length, &u_strFromUTF8WithSub, text, length);
     if (U_FAILURE(error)) {
-        LogFailure(kFromFailed, error, TString(text, length));
+        LogFailure(kFromFailed, error, TextOf(text, length));
     }
 }
 

@@ -73,8 +73,10 @@ void ExpectFailuresKeepTheResult(Unit const* text, std::string const& message)
     auto const before = ResultWithZero(converter);
     converter.Convert(nullptr, -1);
     converter(text, 1ul << 31);
+    converter(nullptr, 3);
+    converter.Convert(text, -2);
     EXPECT_EQ(ResultWithZero(converter), before);
-    EXPECT_EQ(log.Lines(), (std::vector<std::string>{message, message}));
+    EXPECT_EQ(log.Lines(), std::vector<std::string>(4, message));
 }
 
 TEST(UnicodeCoreTest, FailuresAreLoggedAndKeepTheResult)

@@ -7,8 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <exception>
 #include <functional>
+#include <iterator>
 #include <ostream>
 #include <string>
 #include <typeinfo>
@@ -79,10 +81,30 @@ inline testing::AssertionResult HasListedMessage(KorvelException const& e, std::
                                        << "\", listed is \"" << ListedMessage(id) << '"';
 }
 
+/// Whether the record blames the source that the place with this id blames, with status UNKNOWN.
+inline testing::AssertionResult HasSourceAndStatus(TError::ErrorInfo const& info,
+                                                   std::string const& id)
+{
+    static constexpr char const* kOfTheSystem[] = {"TIOException_TFile_0x47B61D6A",
+                                                   "KorvelException_AutoGen_0xB5B83DCB",
+                                                   "KorvelException_AutoGen_0x8CA372D6"};
+    bool const isOfTheSystem =
+        std::find(std::begin(kOfTheSystem), std::end(kOfTheSystem), id) != std::end(kOfTheSystem);
+    auto const expected =
+        isOfTheSystem ? TError::ErrorSource::System : TError::ErrorSource::Internal;
+    if (info.GetErrorSource() == expected && info.GetStatusCode() == grpc::UNKNOWN) {
+        return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure()
+           << id << " has source " << static_cast<int>(info.GetErrorSource()) << " and status "
+           << static_cast<int>(info.GetStatusCode());
+}
+
 /// Whether `run` throws a KorvelException of exactly the class `type` with the id string `id` and
-/// the message listed for it.
+/// the message listed for it, source and status included, and `firstMessage` unless that is empty.
 inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
-                                            std::type_info const& type, std::string const& id)
+                                            std::type_info const& type, std::string const& id,
+                                            TStringCore const& firstMessage = TStringCore())
 {
     try {
         run();
@@ -91,6 +113,13 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
         std::string const actual =
             error != nullptr ? error->GetErrorInfo().GetError().GetName().toStdString() : "no id";
         if (error != nullptr && typeid(e) == type && actual == id) {
+            testing::AssertionResult const blame = HasSourceAndStatus(error->GetErrorInfo(), id);
+            if (!blame) {
+                return blame;
+            }
+            if (!firstMessage.isEmpty() && error->GetMessagesFront() != firstMessage) {
+                return testing::AssertionFailure() << id << " says " << e.what();
+            }
             return HasListedMessage(*error, id);
         }
         return testing::AssertionFailure()
@@ -107,3 +136,7 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
 /// parentheses.
 #define EXPECT_KOR_ERROR(statement, Class, id)                                                     \
     EXPECT_TRUE(KorTest::ThrowsError([&] { statement; }, typeid(Class), id))
+
+/// The same with the exact first message, a `TStringCore`.
+#define EXPECT_KOR_ERROR_TEXT(statement, Class, id, message)                                       \
+    EXPECT_TRUE(KorTest::ThrowsError([&] { statement; }, typeid(Class), id, message))

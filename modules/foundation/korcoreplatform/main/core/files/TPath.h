@@ -46,7 +46,7 @@ public:
     TPath(char16_t const* text) : m_text(text) { StripTrailingSeparator(); }
     TPath(TString const& text) : m_text(text) { StripTrailingSeparator(); }
     TPath(TString&& text) : m_text(static_cast<TString&&>(text)) { StripTrailingSeparator(); }
-    TPath(TPathCore const& path); ///< The text as it is, with a "/" at its end.
+    TPath(TPathCore const& path); ///< The text as it is, even with a "/" at its end.
     ~TPath() = default;
 
     TPath& operator=(TPath const&) noexcept = default;

@@ -2,13 +2,17 @@
 
 #include "korcoreplatform/main/core/logging/Event_p.h"
 #include "korcoreplatform/main/core/logging/LoggingStackWalker.h"
+#include "korcoreplatform/main/core/logging/RecordMemory_p.h"
 #include "korcoreplatform/main/core/logging/TimeText_p.h"
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
 #include "korsys/main/error/TError.h"
 #include "korsys/main/system/TSystemCore.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
+#include <new>
 #include <utility>
 
 namespace TLog {
@@ -52,6 +56,14 @@ ActivityFunction& Factory()
 bool HasFactory()
 {
     return s_hasFactory.load(std::memory_order_acquire);
+}
+
+constexpr int kMaxShortUnits =
+    static_cast<int>((RecordMemory::kLargeBytes - sizeof(EventAccess::Record)) / sizeof(char16_t));
+
+TString MessageKey()
+{
+    return TString(u"msg", 3);
 }
 
 } // namespace
@@ -108,108 +120,189 @@ ActivityInfo ActivityInfoFactory::CreateActivityInfo(EventTime time, TString con
                         placeholder);
 }
 
+void Event::Record::Delete::operator()(Record* record) const noexcept
+{
+    std::size_t const bytes = record->bytes;
+    record->~Record();
+    RecordMemory::Free(record, bytes);
+}
+
+Event::Record::Pointer Event::Record::Allocate(TString&& key, EventTimestamp time,
+                                               std::uint32_t process, std::uint64_t thread,
+                                               AttributeSet::Pointer&& activityTexts, int textUnits)
+{
+    std::size_t const bytes =
+        sizeof(Record) + static_cast<std::size_t>(textUnits) * sizeof(char16_t);
+    return Pointer(new (RecordMemory::Allocate(bytes)) Record(std::move(key), time, process, thread,
+                                                              std::move(activityTexts), bytes));
+}
+
+Event::Record::Pointer Event::Record::Make(TString&& key, int textUnits)
+{
+    if (HasFactory()) {
+        return Make(
+            std::move(key),
+            ActivityInfoFactory::CreateActivityInfo(EventTime(), AttributeSet::Placeholder()),
+            textUnits);
+    }
+    Pointer record = Allocate(std::move(key), EventTimestamp(), TSystemCore::ProcessID(),
+                              TSystemCore::ThreadID(), AttributeSet::OfPlaceholder(), textUnits);
+    record->TakeContext(nullptr);
+    return record;
+}
+
+Event::Record::Pointer Event::Record::Make(TString&& key, ActivityInfo const& info, int textUnits)
+{
+    EventTime const time = info.GetTime();
+    Pointer record =
+        Allocate(std::move(key), time == EventTime() ? EventTimestamp() : EventTimestamp(time),
+                 info.GetProcessId(), info.GetThreadId(),
+                 AttributeSet::Find(info.GetSession(), info.GetRequest(), info.GetTraceId(),
+                                    info.GetUser(), info.GetSite()),
+                 textUnits);
+    if (info.GetLocation() != nullptr || info.GetActivity() != nullptr) {
+        record->NeedRest().location = info.GetLocation();
+        record->NeedRest().activity = info.GetActivity();
+    }
+    record->TakeContext(info.GetExtra());
+    return record;
+}
+
+Event::Record const& Event::Record::MovedFrom()
+{
+    static Record const& s_record =
+        *Allocate(TString(), EventTimestamp(EventTime()), 0, 0, AttributeSet::Empty(), 0).release();
+    return s_record;
+}
+
 std::shared_ptr<Value> Event::Record::GetValue() const
 {
     if (auto const* shared = std::get_if<std::shared_ptr<Value>>(&value)) {
         return *shared;
     }
     return madeValue.Get([this]() -> std::shared_ptr<Value> {
-        auto const* const text = std::get_if<TString>(&value);
-        return text != nullptr ? Literal::String(*text)
-                               : Object::Make(ToValues(std::get<TextPairs>(value)));
+        if (auto const* text = std::get_if<ShortText>(&value)) {
+            return Literal::String(TString(ShortUnits(), text->length));
+        }
+        if (auto const* text = std::get_if<TString>(&value)) {
+            return Literal::String(*text);
+        }
+        return Object::Make(ToValues(std::get<TextPairs>(value)));
     });
 }
 
 std::shared_ptr<Object> Event::Record::GetContext() const
 {
-    if (auto const* shared = std::get_if<std::shared_ptr<Object>>(&context)) {
+    Rest const& all = GetRest();
+    if (auto const* shared = std::get_if<std::shared_ptr<Object>>(&all.context)) {
         return *shared;
     }
-    return madeContext.Get([this] { return Object::Make(ToValues(std::get<TextPairs>(context))); });
+    return all.madeContext.Get(
+        [&all] { return Object::Make(ToValues(std::get<TextPairs>(all.context))); });
+}
+
+Event::Record::Rest const& Event::Record::GetRest() const noexcept
+{
+    static Rest const& s_none = *new Rest;
+    return rest != nullptr ? *rest : s_none;
+}
+
+Event::Record::Rest& Event::Record::NeedRest()
+{
+    if (rest == nullptr) {
+        rest = std::make_unique<Rest>();
+    }
+    return *rest;
 }
 
 void Event::Record::TakeContext(std::shared_ptr<Object> const& extra)
 {
     std::shared_ptr<TextMap> const ofThread = CoreThreadContextUtils::GetLoggingContext();
     if (ofThread == nullptr || ofThread->empty()) {
-        context = extra;
+        if (extra != nullptr) {
+            NeedRest().context = extra;
+        }
     } else if (extra == nullptr) {
-        context = ToPairs(*ofThread);
+        NeedRest().context = ToPairs(*ofThread);
     } else {
         std::shared_ptr<Object> const joined = Object::Make(*ofThread);
         joined->AppendValues(extra->GetValues());
-        context = joined;
+        NeedRest().context = joined;
     }
 }
 
-std::unique_ptr<Event::Record> Event::Record::Make(TString&& key)
+Event EventAccess::Finish(Record::Pointer record, TError::ErrorInfo* error)
 {
-    if (HasFactory()) {
-        return Make(std::move(key), ActivityInfoFactory::CreateActivityInfo(
-                                        EventTime(), AttributeSet::Placeholder()));
-    }
-    auto record =
-        std::make_unique<Record>(std::move(key), EventTimestamp(), TSystemCore::ProcessID(),
-                                 TSystemCore::ThreadID(), AttributeSet::OfPlaceholder());
-    record->TakeContext(nullptr);
-    return record;
-}
-
-std::unique_ptr<Event::Record> Event::Record::Make(TString&& key, ActivityInfo const& activity)
-{
-    EventTime const time = activity.GetTime();
-    auto record = std::make_unique<Record>(
-        std::move(key), time == EventTime() ? EventTimestamp() : EventTimestamp(time),
-        activity.GetProcessId(), activity.GetThreadId(),
-        AttributeSet::Find(activity.GetSession(), activity.GetRequest(), activity.GetTraceId(),
-                           activity.GetUser(), activity.GetSite()));
-    record->location = activity.GetLocation();
-    record->activity = activity.GetActivity();
-    record->TakeContext(activity.GetExtra());
-    return record;
-}
-
-template <class Content>
-Event EventAccess::Make(TString&& key, Content&& content, TError::ErrorInfo* error)
-{
-    std::unique_ptr<Event::Record> record = Event::Record::Make(std::move(key));
-    record->value = std::move(content);
     if (error != nullptr) {
-        record->error = FormatErrorInfo(std::move(*error));
+        record->NeedRest().error = FormatErrorInfo(std::move(*error));
     }
     return Event(record.release());
 }
 
+bool EventAccess::IsShort(int length) noexcept
+{
+    return length <= kMaxShortUnits;
+}
+
 Event EventAccess::OfMessage(TString&& text, TError::ErrorInfo* error)
 {
-    return Make(TString(u"msg", 3), std::move(text), error);
+    if (IsShort(text.length())) {
+        return OfMessage(text.constData(), text.length(), error);
+    }
+    Record::Pointer record = Record::Make(MessageKey());
+    record->value = std::move(text);
+    return Finish(std::move(record), error);
+}
+
+Event EventAccess::OfMessage(char16_t const* units, int length, TError::ErrorInfo* error)
+{
+    if (!IsShort(length)) {
+        return OfMessage(TString(units, length), error);
+    }
+    Record::Pointer record = Record::Make(MessageKey(), length);
+    record->value = ShortText{length};
+    std::copy_n(units, length, record->ShortUnits());
+    return Finish(std::move(record), error);
 }
 
 Event EventAccess::OfPairs(TString&& key, TextMap const& pairs, TError::ErrorInfo* error)
 {
-    return Make(std::move(key), ToPairs(pairs), error);
+    Record::Pointer record = Record::Make(std::move(key));
+    record->value = ToPairs(pairs);
+    return Finish(std::move(record), error);
 }
 
-Event::Record const& EventAccess::RecordOf(Event const& event) noexcept
+Event EventAccess::OfValue(TString const& key, std::shared_ptr<Value>&& value,
+                           TError::ErrorInfo* error)
 {
-    static Event::Record const& s_movedFrom =
-        *new Event::Record(TString(), EventTimestamp(EventTime()), 0, 0, AttributeSet::Empty());
-    return event.m_record != nullptr ? *event.m_record : s_movedFrom;
+    Record::Pointer record = Record::Make(TString(key));
+    record->value = std::move(value);
+    return Finish(std::move(record), error);
+}
+
+EventAccess::Record* EventAccess::TakeUnshared(Event& event) noexcept
+{
+    // Pairs with the releases of the events that shared it before.
+    if (event.m_record == nullptr ||
+        event.m_record->references.load(std::memory_order_acquire) != 1) {
+        return nullptr;
+    }
+    return std::exchange(event.m_record, nullptr);
 }
 
 Event::Event(TString const& key, std::shared_ptr<Value> value, ActivityInfo&& activity)
 {
-    std::unique_ptr<Record> record = Record::Make(TString(key), activity);
+    Record::Pointer record = Record::Make(TString(key), activity);
     record->value = std::move(value);
     m_record = record.release();
 }
 
 Event::Event(TString const& key, std::shared_ptr<Value> value)
-    : Event(EventAccess::Make(TString(key), std::move(value), nullptr))
+    : Event(EventAccess::OfValue(key, std::move(value), nullptr))
 {}
 
 Event::Event(TString const& key, std::shared_ptr<Value> value, TError::ErrorInfo&& error)
-    : Event(EventAccess::Make(TString(key), std::move(value), &error))
+    : Event(EventAccess::OfValue(key, std::move(value), &error))
 {}
 
 Event::Event(Event const& other) noexcept : m_record(other.m_record)
@@ -237,7 +330,7 @@ Event::~Event()
     if (m_record != nullptr &&
         (m_record->references.load(std::memory_order_acquire) == 1 ||
          m_record->references.fetch_sub(1, std::memory_order_acq_rel) == 1)) {
-        delete m_record;
+        Record::Delete()(m_record);
     }
 }
 
@@ -273,17 +366,17 @@ std::shared_ptr<Value> Event::GetValue() const
 
 std::shared_ptr<Value> Event::GetLocation() const noexcept
 {
-    return EventAccess::RecordOf(*this).location;
+    return EventAccess::RecordOf(*this).GetRest().location;
 }
 
 std::shared_ptr<Value> Event::GetActivity() const noexcept
 {
-    return EventAccess::RecordOf(*this).activity;
+    return EventAccess::RecordOf(*this).GetRest().activity;
 }
 
 std::shared_ptr<Value> Event::GetError() const
 {
-    return EventAccess::RecordOf(*this).error;
+    return EventAccess::RecordOf(*this).GetRest().error;
 }
 
 std::shared_ptr<Object> Event::GetLoggingContext() const

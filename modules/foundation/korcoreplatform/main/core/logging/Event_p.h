@@ -4,10 +4,12 @@
 
 #include "korcoreplatform/main/core/logging/AttributeSet_p.h"
 #include "korcoreplatform/main/core/logging/Event.h"
+#include "korcoreplatform/main/core/logging/LogItem_p.h"
 #include "korcoreplatform/main/core/logging/Value.h"
 #include "korcoreplatform/main/string/TString.h"
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
@@ -52,41 +54,79 @@ private:
 
 using TextPairs = std::vector<std::pair<TString, TString>>; ///< In any order, no name twice.
 
-/// The one heap block of a record. Texts and pairs of texts stay what they are: the writer of lines
-/// reads them in place, and values are made of them only for those who ask.
-///
-/// Thread safety: immutable once the first `Event` has it, but for its count.
-struct __attribute__((visibility("hidden"))) Event::Record
+/// A text whose units stand right behind the record.
+struct ShortText
 {
-    Record(TString&& recordKey, EventTimestamp time, std::uint32_t process, std::uint64_t thread,
-           AttributeSet::Pointer&& activityTexts) noexcept
-        : timestamp(time), threadId(thread), processId(process),
-          attributes(std::move(activityTexts)), key(std::move(recordKey))
-    {}
+    int length;
+};
 
-    /// A record without value and error.
-    static std::unique_ptr<Record> Make(TString&& key); ///< In the activity of the moment.
-    static std::unique_ptr<Record> Make(TString&& key, ActivityInfo const& activity);
+/// The one heap block of a record. Texts and pairs of texts stay what they are: the writer of lines
+/// reads them in place, and values are made of them only for those who ask. The memory goes round,
+/// see `RecordMemory`.
+///
+/// Thread safety: immutable once the first `Event` has it, but for its count; while it stands in a
+/// queue, the queue's part of it belongs to the queue.
+struct __attribute__((visibility("hidden"))) Event::Record : LogItem
+{
+    struct Delete
+    {
+        void operator()(Record* record) const noexcept;
+    };
+    using Pointer = std::unique_ptr<Record, Delete>;
+
+    /// What few records have.
+    struct Rest
+    {
+        std::shared_ptr<Value> location;
+        std::shared_ptr<Value> activity;
+        std::shared_ptr<Value> error;
+        std::variant<std::shared_ptr<Object>, TextPairs> context;
+        MadeOnce<Object> madeContext; ///< Of pairs.
+    };
+
+    /// A record without value and error, in the activity of the moment. Behind it is room for
+    /// `textUnits` units.
+    static Pointer Make(TString&& key, int textUnits = 0);
+    static Pointer Make(TString&& key, ActivityInfo const& info, int textUnits = 0);
+
+    /// A record for events that were moved from; never destroyed.
+    static Record const& MovedFrom();
 
     std::shared_ptr<Value> GetValue() const;
     std::shared_ptr<Object> GetContext() const;
+    Rest const& GetRest() const noexcept;
+    Rest& NeedRest(); ///< Makes it when it is not there.
+
+    char16_t* ShortUnits() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
+    char16_t const* ShortUnits() const noexcept
+    {
+        return reinterpret_cast<char16_t const*>(this + 1);
+    }
+
+    mutable std::atomic<std::uint32_t> references{1};
+    std::uint32_t processId;
+    EventTimestamp timestamp;
+    std::uint64_t threadId;
+    AttributeSet::Pointer attributes; ///< Never null.
+    TString key;
+    std::variant<std::shared_ptr<Value>, ShortText, TString, TextPairs> value;
+    MadeOnce<Value> madeValue;  ///< Of a text or pairs.
+    std::unique_ptr<Rest> rest; ///< Null: nothing of it.
+    std::size_t bytes;          ///< Of the block.
+
+private:
+    Record(TString&& recordKey, EventTimestamp time, std::uint32_t process, std::uint64_t thread,
+           AttributeSet::Pointer&& activityTexts, std::size_t blockBytes) noexcept
+        : LogItem(LogItemKind::Log), processId(process), timestamp(time), threadId(thread),
+          attributes(std::move(activityTexts)), key(std::move(recordKey)), bytes(blockBytes)
+    {}
+
+    static Pointer Allocate(TString&& key, EventTimestamp time, std::uint32_t process,
+                            std::uint64_t thread, AttributeSet::Pointer&& activityTexts,
+                            int textUnits);
 
     /// Takes the logging context of the thread, then the pairs of `extra`, which may be null.
     void TakeContext(std::shared_ptr<Object> const& extra);
-
-    mutable std::atomic<std::uint32_t> references{1};
-    EventTimestamp timestamp;
-    std::uint64_t threadId;
-    std::uint32_t processId;
-    AttributeSet::Pointer attributes; ///< Never null.
-    TString key;
-    std::variant<std::shared_ptr<Value>, TString, TextPairs> value;
-    std::shared_ptr<Value> location;
-    std::shared_ptr<Value> activity;
-    std::shared_ptr<Value> error;
-    std::variant<std::shared_ptr<Object>, TextPairs> context;
-    MadeOnce<Value> madeValue;    ///< Of a text or pairs.
-    MadeOnce<Object> madeContext; ///< Of pairs.
 };
 
 /// Makes records of texts and looks into records.
@@ -101,18 +141,35 @@ public:
     /// Throws: what the host's activity factory throws.
     static Event OfMessage(TString&& text, TError::ErrorInfo* error);
 
+    /// The same for a text that is only read.
+    static Event OfMessage(char16_t const* units, int length, TError::ErrorInfo* error);
+
     /// The record whose value is `Object::Make(pairs)`. `error` may be null.
     /// Throws: what the host's activity factory throws.
     static Event OfPairs(TString&& key, std::unordered_map<TString, TString> const& pairs,
                          TError::ErrorInfo* error);
 
-    static Record const& RecordOf(Event const& event) noexcept;
+    /// Whether a message of `length` units is copied behind its record; a longer one keeps a block
+    /// of its own.
+    static bool IsShort(int length) noexcept;
+
+    static Record const& RecordOf(Event const& event) noexcept
+    {
+        return event.m_record != nullptr ? *event.m_record : Record::MovedFrom();
+    }
+
+    /// Takes the record out of the event when no other event has it; null otherwise.
+    static Record* TakeUnshared(Event& event) noexcept;
+
+    /// The event of a record that `TakeUnshared` gave.
+    static Event Adopt(Record* record) noexcept { return Event(record); }
 
 private:
     friend class Event;
 
-    template <class Content>
-    static Event Make(TString&& key, Content&& content, TError::ErrorInfo* error);
+    static Event OfValue(TString const& key, std::shared_ptr<Value>&& value,
+                         TError::ErrorInfo* error);
+    static Event Finish(Record::Pointer record, TError::ErrorInfo* error);
 };
 
 } // namespace TLog

@@ -5,6 +5,7 @@
 #include "korcoreplatform/main/core/logging/LineBuffer_p.h"
 #include "korcoreplatform/main/core/logging/LineHead_p.h"
 #include "korcoreplatform/main/core/logging/LoggingContext.h"
+#include "korcoreplatform/main/core/logging/LoggingContext_p.h"
 #include "korcoreplatform/main/core/runtime/OptMetrics.h"
 #include "korsys/main/text/TStringErrors_p.h"
 
@@ -157,19 +158,22 @@ void Formatter::Writer::WriteLine(LineBuffer& out, AccessLevel accessLevel, Seve
                             record.processId, record.threadId));
     out.Append(LineTextOf(severity));
     out.Append(R"(",)");
-    if (accessLevel == AccessLevel::Quarantine && IsQuarantineLoggingEnabled()) {
-        out.Append(R"("qlid":)");
-        JsonText::AppendString(out, GetLogQuarantineUuidString());
-        out.Append(',');
+    if (accessLevel == AccessLevel::Quarantine) {
+        TString const quarantine = QuarantineText();
+        if (!quarantine.isEmpty()) {
+            out.Append(R"("qlid":)");
+            JsonText::AppendString(out, quarantine);
+            out.Append(',');
+        }
     }
     out.Append(record.attributes->GetJson());
     out.Append(R"("k":)");
     JsonText::AppendString(out, record.key);
     if (OptMetrics::IsActivityAndResourceTracingEnabled()) {
-        WriteMember(R"(,"l":)", record.location.get());
-        WriteMember(R"(,"a":)", record.activity.get());
+        WriteMember(R"(,"l":)", record.GetRest().location.get());
+        WriteMember(R"(,"a":)", record.GetRest().activity.get());
     }
-    WriteMember(R"(,"e":)", record.error.get());
+    WriteMember(R"(,"e":)", record.GetRest().error.get());
     WriteRecordValue(record);
     if (GetLoggingContextEnabled()) {
         WriteRecordContext(record);
@@ -180,10 +184,12 @@ void Formatter::Writer::WriteLine(LineBuffer& out, AccessLevel accessLevel, Seve
 
 void Formatter::Writer::Render(Value& value)
 {
-    m_text.Truncate(0);
-    Frame frame(*this, m_text);
-    WriteValue(&value);
-    frame.Keep();
+    // A host's value may have another one rendered while it is itself.
+    Scribble([&](LineBuffer&) { WriteValue(&value); },
+             [&](std::string_view text) {
+                 m_text.Truncate(0);
+                 m_text.Append(text);
+             });
 }
 
 void Formatter::Writer::WriteMember(std::string_view start, Value* value)
@@ -203,7 +209,10 @@ void Formatter::Writer::WriteRecordValue(EventAccess::Record const& record)
         WriteMember(kStart, shared->get());
     } else {
         m_out->Append(kStart);
-        if (auto const* text = std::get_if<TString>(&record.value)) {
+        if (auto const* brief = std::get_if<ShortText>(&record.value)) {
+            JsonText::AppendString(*m_out, record.ShortUnits(),
+                                   static_cast<std::size_t>(brief->length));
+        } else if (auto const* text = std::get_if<TString>(&record.value)) {
             JsonText::AppendString(*m_out, *text);
         } else {
             WritePairs(std::get<TextPairs>(record.value));
@@ -214,7 +223,7 @@ void Formatter::Writer::WriteRecordValue(EventAccess::Record const& record)
 void Formatter::Writer::WriteRecordContext(EventAccess::Record const& record)
 {
     constexpr std::string_view kStart = R"(,"ctx":)";
-    auto const* const pairs = std::get_if<TextPairs>(&record.context);
+    auto const* const pairs = std::get_if<TextPairs>(&record.GetRest().context);
     if (pairs == nullptr || AreVisitsOverridden()) {
         WriteMember(kStart, record.GetContext().get());
     } else {

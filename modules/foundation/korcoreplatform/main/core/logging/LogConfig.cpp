@@ -138,10 +138,7 @@ void LogConfigSettings::InitializeFromString(TString text)
         ThrowError<KorvelException>(e.GetMessages(), &KorErrorsError::AutoGen_0x1A36D05F);
     }
     std::lock_guard<TReadWriteLock> const lock(m_lock);
-    Clear();
-    for (auto const& [detail, severity] : thresholds) {
-        Insert(detail, severity);
-    }
+    Replace(std::move(thresholds));
 }
 
 TLog::Severity LogConfigSettings::GetDetailSeverity(LogDetail::LogDetailEnums detail) const
@@ -170,7 +167,7 @@ void LogConfigSettings::SetDetailSeverity(LogDetail::LogDetailEnums detail, TLog
 void LogConfigSettings::ClearDetails()
 {
     std::lock_guard<TReadWriteLock> const lock(m_lock);
-    Clear();
+    Replace({});
 }
 
 void LogConfigSettings::LogStartupProblems()
@@ -196,7 +193,7 @@ std::uint16_t LogConfigSettings::ThresholdOf(LogDetail::LogDetailEnums detail) c
     return found == m_others.end() ? kUnset : static_cast<std::uint16_t>(found->second);
 }
 
-/// Requires: the lock, held for writing. So does `Clear`.
+/// Requires: the lock, held for writing. So does `Replace`.
 void LogConfigSettings::Insert(LogDetail::LogDetailEnums detail, TLog::Severity severity)
 {
     auto const index = static_cast<std::size_t>(detail);
@@ -208,12 +205,19 @@ void LogConfigSettings::Insert(LogDetail::LogDetailEnums detail, TLog::Severity 
     }
 }
 
-void LogConfigSettings::Clear()
+/// Stores every threshold once, so that one that stays is there all the time.
+void LogConfigSettings::Replace(ThresholdMap&& thresholds)
 {
-    for (Threshold& threshold : m_thresholds) {
-        threshold.value.store(kUnset, std::memory_order_relaxed);
+    for (std::size_t index = 0; index != m_thresholds.size(); ++index) {
+        auto const found = thresholds.find(static_cast<LogDetail::LogDetailEnums>(index));
+        m_thresholds[index].value.store(
+            found == thresholds.end() ? kUnset : static_cast<std::uint16_t>(found->second),
+            std::memory_order_relaxed);
+        if (found != thresholds.end()) {
+            thresholds.erase(found);
+        }
     }
-    m_others.clear();
+    m_others = std::move(thresholds);
 }
 
 void LogConfigSettings::SetProblem(char16_t const* text)

@@ -96,7 +96,7 @@ private:
 
     std::uint16_t ThresholdOf(LogDetail::LogDetailEnums detail) const;
     void Insert(LogDetail::LogDetailEnums detail, TLog::Severity severity);
-    void Clear();
+    void Replace(ThresholdMap&& thresholds);
     void SetProblem(char16_t const* text);
 
     mutable TReadWriteLock

@@ -3,6 +3,7 @@
 #include "korcoreplatform/main/core/logging/Event.h"
 #include "korcoreplatform/main/core/logging/Event_p.h"
 #include "korcoreplatform/main/core/logging/Logger.h"
+#include "korcoreplatform/main/core/logging/LoggerUse_p.h"
 #include "korcoreplatform/main/string/TFormatString.h"
 
 #include <utility>
@@ -36,24 +37,40 @@ TString LogMessageDetail::Message::Take() const
     return static_cast<TFormatString const*>(m_source)->result();
 }
 
+TLog::Event LogMessageDetail::Message::TakeAsEvent(TError::ErrorInfo* error) const
+{
+    if (m_kind == Units) {
+        auto const* const units = static_cast<char16_t const*>(m_source);
+        return TLog::EventAccess::OfMessage(units, TString::length(units), error);
+    }
+    if (m_kind == Text) {
+        TStringCore const& text = *static_cast<TStringCore const*>(m_source);
+        if (TLog::EventAccess::IsShort(text.length())) { // else its block is shared
+            return TLog::EventAccess::OfMessage(text.constData(), text.length(), error);
+        }
+    }
+    return TLog::EventAccess::OfMessage(Take(), error);
+}
+
 void LogMessageDetail::Log(LogDetail::LogDetailEnums category, TLog::Severity severity,
                            Message message, Pairs const* pairs, TError::ErrorInfo* error)
 {
-    TLog::Logger& logger = **TLog::Logger::Get();
-    if (!Accepts(logger, category, severity)) {
+    TLog::LoggerUse const logger;
+    if (!Accepts(*logger, category, severity)) {
         return;
     }
     TLog::Event event = pairs == nullptr
-                            ? TLog::EventAccess::OfMessage(message.Take(), error)
+                            ? message.TakeAsEvent(error)
                             : TLog::EventAccess::OfPairs(message.Take(), *pairs, error);
     if (category == LogDetail::Count) {
-        logger.Log(severity, std::move(event));
+        logger->Log(severity, std::move(event));
     } else {
-        logger.Log(category, severity, std::move(event));
+        logger->Log(category, severity, std::move(event));
     }
 }
 
 bool LoggerAcceptsSeverity(TLog::Severity severity, LogDetail::LogDetailEnums category)
 {
-    return Accepts(**TLog::Logger::Get(), category, severity);
+    TLog::LoggerUse const logger;
+    return Accepts(*logger, category, severity);
 }

@@ -17,6 +17,10 @@ namespace TError {
 class ErrorInfo;
 }
 
+namespace TLog {
+class Event;
+}
+
 /// What the inlined part of a log call is made of; hosts do not use it.
 namespace LogMessageDetail {
 
@@ -34,8 +38,8 @@ constexpr std::uint8_t kAcceptsNothing = 0xFF;
 inline bool MayAccept(LogDetail::LogDetailEnums category, TLog::Severity severity) noexcept
 {
     std::uint8_t const lowest = g_lowestAccepted.load(std::memory_order_relaxed);
-    return static_cast<std::uint8_t>(severity) >= lowest
-           || (category != LogDetail::Count && lowest != kAcceptsNothing);
+    return static_cast<std::uint8_t>(severity) >= lowest ||
+           (category != LogDetail::Count && lowest != kAcceptsNothing);
 }
 
 /// A message in the form in which the caller has it: nothing is converted before it is known that
@@ -61,6 +65,9 @@ public:
     /// The message as a text of its own; a moved text is taken.
     /// Throws: `TFormatString::Exception` for a template that cannot be rendered.
     TString Take() const;
+
+    /// The record with the message as its value. `error` may be null.
+    TLog::Event TakeAsEvent(TError::ErrorInfo* error) const;
 
 private:
     void const* m_source;
@@ -91,9 +98,9 @@ KORCOREPLATFORM_EXPORT bool LoggerAcceptsSeverity(TLog::Severity severity,
 ///
 /// The arguments are an optional category; the severity, a `NonErrorSeverity` or, for a record with
 /// an error, an `AnySeverity` with the error's record as last argument; the message as
-/// `char16_t const*`, `TString`, `TStringCore` or `TFormatString`; optional pairs of texts. A record
-/// without pairs has the key "msg" and the message as its value; with pairs, the message is the
-/// key and the value an object of the pairs, which are copied even when they are moved in. The
+/// `char16_t const*`, `TString`, `TStringCore` or `TFormatString`; optional pairs of texts. A
+/// record without pairs has the key "msg" and the message as its value; with pairs, the message is
+/// the key and the value an object of the pairs, which are copied even when they are moved in. The
 /// category `Count` means none.
 ///
 /// A record that is refused costs a comparison: its message is not looked at.
@@ -101,6 +108,7 @@ KORCOREPLATFORM_EXPORT bool LoggerAcceptsSeverity(TLog::Severity severity,
 /// Throws: `TFormatString::Exception` when the template of an accepted record cannot be rendered;
 /// `std::bad_function_call` as `LoggerAcceptsSeverity`; what the host's activity factory throws.
 /// Thread safety: may be called from any thread, but not while the logger is being replaced.
+// NOLINTBEGIN(performance-unnecessary-value-param): severities are passed by value for good.
 #define KOR_LOG_MESSAGE_OVERLOADS(MessageType)                                                     \
     inline void LogMessage(MessageType message)                                                    \
     {                                                                                              \
@@ -152,7 +160,8 @@ KORCOREPLATFORM_EXPORT bool LoggerAcceptsSeverity(TLog::Severity severity,
 
 #define KOR_LOG_MESSAGE_CALL(MessageType, category, severity, pairs, error)                        \
     if (LogMessageDetail::MayAccept(category, severity)) {                                         \
-        LogMessageDetail::Log(category, severity, static_cast<MessageType>(message), pairs, error);\
+        LogMessageDetail::Log(category, severity, static_cast<MessageType>(message), pairs,        \
+                              error);                                                              \
     }
 
 KOR_LOG_MESSAGE_OVERLOADS(char16_t const*)
@@ -161,6 +170,8 @@ KOR_LOG_MESSAGE_OVERLOADS(TString&&)
 KOR_LOG_MESSAGE_OVERLOADS(TStringCore const&)
 KOR_LOG_MESSAGE_OVERLOADS(TStringCore&&)
 KOR_LOG_MESSAGE_OVERLOADS(TFormatString const&)
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 #undef KOR_LOG_MESSAGE_CALL
 #undef KOR_LOG_MESSAGE_PAIR_OVERLOADS

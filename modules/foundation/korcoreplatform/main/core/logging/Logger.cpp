@@ -3,16 +3,21 @@
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/LogConfig.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
+#include "korcoreplatform/main/core/logging/LoggerUse_p.h"
 #include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
 
 #include <algorithm>
 #include <mutex>
 #include <utility>
 
+#include <pthread.h>
+
 namespace {
 
 struct LoggerSlot
 {
+    LoggerSlot() { TLog::LoggerUses::SetLogger(*logger); }
+
     std::mutex mutex; ///< Held to replace the logger and to publish; log calls do not take it.
     std::unique_ptr<TLog::Logger> logger = std::make_unique<TLog::NullLogger>();
 };
@@ -22,6 +27,24 @@ LoggerSlot& TheSlot()
 {
     static auto& s_slot = *new LoggerSlot;
     return s_slot;
+}
+
+// A child made by `fork` has one thread, and a slot that nobody was changing.
+
+extern "C" void LockSlot()
+{
+    TheSlot().mutex.lock();
+}
+
+extern "C" void UnlockSlot()
+{
+    TheSlot().mutex.unlock();
+}
+
+extern "C" void UnlockSlotInChild()
+{
+    TLog::LoggerUses::ForgetOthers();
+    UnlockSlot();
 }
 
 /// Makes what log calls need before any thread can log. At exit it takes the host's logger away,
@@ -34,6 +57,7 @@ struct StartAndExit
         TheSlot();
         TLog::SeverityToString(TLog::Severity::Off);
         LogDetail::LogDetailToString(LogDetail::Count);
+        ::pthread_atfork(&LockSlot, &UnlockSlot, &UnlockSlotInChild);
     }
     ~StartAndExit() { TLog::Logger::Set(nullptr); }
 };
@@ -114,8 +138,10 @@ void TLog::Logger::Set(std::unique_ptr<Logger> logger)
     {
         std::lock_guard<std::mutex> const lock(slot.mutex);
         slot.logger.swap(logger);
+        LoggerUses::SetLogger(*slot.logger);
         slot.logger->PublishLowestAccepted();
     }
+    LoggerUses::WaitForOthers();
     // The former logger is destroyed here, without the lock: it may log, even set a logger.
 }
 

@@ -1,5 +1,6 @@
 #include "korcoreplatform/main/core/logging/LoggingContext.h"
 
+#include "korcoreplatform/main/core/logging/LoggingContext_p.h"
 #include "korcoreplatform/main/core/runtime/AutoSynchronize.h"
 #include "korcoreplatform/main/core/runtime/TUUID.h"
 
@@ -31,13 +32,15 @@ Quarantine& TheQuarantine()
     return s_quarantine;
 }
 
+constexpr char kFile[] = "modules/foundation/korcoreplatform/main/core/logging/LoggingContext";
+
 /// Calls `function` with the record, alone. Records are logged under locks of every priority, so
 /// this lock comes last.
 template <class Function>
 auto WithQuarantine(Function function)
 {
     Quarantine& quarantine = TheQuarantine();
-    AutoSynchronize const lock(quarantine.mutex, INT_MIN, __FILE__, __func__, __LINE__);
+    AutoSynchronize const lock(quarantine.mutex, INT_MIN, kFile, __func__, __LINE__);
     return function(quarantine);
 }
 
@@ -75,4 +78,11 @@ TString TLog::GetLogQuarantineUuidString()
 bool TLog::IsQuarantineLoggingEnabled()
 {
     return WithQuarantine([](Quarantine const& quarantine) { return !quarantine.id.IsNull(); });
+}
+
+TString TLog::QuarantineText()
+{
+    return WithQuarantine([](Quarantine const& quarantine) {
+        return quarantine.id.IsNull() ? TString() : quarantine.text;
+    });
 }

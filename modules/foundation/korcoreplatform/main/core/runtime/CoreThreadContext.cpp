@@ -46,9 +46,6 @@ std::shared_ptr<ISessionObjects> DefaultGetSessionObjectsInterface()
 
 struct CoreThreadContext::InjectedHooks
 {
-    // Log records are made to the end of the process; they must find no session, not dead hooks.
-    ~InjectedHooks() { s_isHookInstalled.store(false, std::memory_order_release); }
-
     std::function<bool()> hasSessionId = &DefaultHasSessionId;
     std::function<TUUID const()> getSessionId = &DefaultGetSessionId;
     std::function<std::shared_ptr<ISessionObjects>()> getSessionObjectsInterface =
@@ -57,9 +54,16 @@ struct CoreThreadContext::InjectedHooks
 
 std::atomic<bool> CoreThreadContext::s_isHookInstalled{false};
 
+/// The hooks themselves are never destroyed, as another thread may be in one. From the exit handlers
+/// on there is no session: what a hook looks at may be gone.
 CoreThreadContext::InjectedHooks& CoreThreadContext::Hooks()
 {
-    static InjectedHooks s_hooks;
+    static InjectedHooks& s_hooks = *new InjectedHooks;
+    struct NoSessionFromExitOn
+    {
+        ~NoSessionFromExitOn() { s_isHookInstalled.store(false, std::memory_order_release); }
+    };
+    static NoSessionFromExitOn const s_atExit;
     return s_hooks;
 }
 

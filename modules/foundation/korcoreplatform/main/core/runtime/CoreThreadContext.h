@@ -53,8 +53,8 @@ DefaultGetSessionObjectsInterface(); ///< Null.
 ///
 /// Throws: what the hook that is asked and the host's `ISessionObjects` throw, in every function.
 /// Thread safety: reading is safe from any thread, as far as the host's hooks are. Hooks are
-/// replaced while no other thread uses them, usually at start-up. After the process's exit handlers
-/// have begun to destroy the hooks, there is no session.
+/// replaced while no other thread uses them, usually at start-up. Once the process's exit
+/// handlers run there is no session: what a hook looks at may be gone.
 class KORCOREPLATFORM_EXPORT CoreThreadContext
 {
 public:

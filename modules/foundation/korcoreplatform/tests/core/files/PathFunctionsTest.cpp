@@ -2,6 +2,7 @@
 
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/runtime/OptLogStackOnFileError.h"
+#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/main/string/TString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
@@ -87,11 +88,16 @@ TEST(PathFunctionsTest, TellsEveryKindOfEntryApart)
             EXPECT_EQ(IsSymlink(path), c.isLink);
         } else {
             EXPECT_KOR_ERROR(IsRegularFile(path, false), TPath::Exception, kNoFile);
-            EXPECT_KOR_ERROR(IsDirectory(path, false), TPath::Exception, kNoDirectory);
+            EXPECT_KOR_ERROR_TEXT(IsDirectory(path, false), TPath::Exception, kNoDirectory,
+                                  TFormat(u"IsDirectory: Cannot get status of non-existent "
+                                          u"path '%1'",
+                                          path));
             EXPECT_KOR_ERROR(IsSymlink(path), TPath::Exception, kNoLink);
         }
         if (c.size < 0) {
-            EXPECT_KOR_ERROR(FileSize(path), TPath::Exception, kNoSize);
+            EXPECT_KOR_ERROR_TEXT(
+                FileSize(path), TPath::Exception, kNoSize,
+                TFormat(u"Unable to determine size of file '%1' (file does not exist)", path));
         }
     }
     EXPECT_FALSE(PathExists(TPath()));

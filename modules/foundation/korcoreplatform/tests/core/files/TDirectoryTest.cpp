@@ -115,14 +115,16 @@ TEST(TDirectoryTest, WhatCannotBeListedIsNamed)
     folder.Write("file", "");
     std::filesystem::create_symlink("loop", folder.Native("loop"));
     for (TPath const& path : {folder / u"file", folder / u"missing", folder / u"loop", TPath()}) {
-        EXPECT_KOR_ERROR(TDirectory(path).begin(), TDirectory::Exception, kNoDirectory);
+        EXPECT_KOR_ERROR_TEXT(TDirectory(path).begin(), TDirectory::Exception, kNoDirectory,
+                              u"Directory does not exist: " + path.NativeString());
         EXPECT_KOR_ERROR(TDirectory(path).isEmpty(), TDirectory::Exception, kNoDirectory);
     }
     rlimit limit;
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
     rlimit const none = {0, limit.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-    EXPECT_KOR_ERROR(TDirectory(folder.Path()).begin(), TDirectory::Exception, kNotOpened);
+    EXPECT_KOR_ERROR_TEXT(TDirectory(folder.Path()).begin(), TDirectory::Exception, kNotOpened,
+                          u"Unable to open directory: " + folder.Path().NativeString());
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
 }
 

@@ -299,7 +299,7 @@ TEST_F(FormatterTest, ValuesOfAHostVisitWhatTheyAre)
         Array::Make({Literal::Int(1), Literal::Int(2)})->Accept(visitor);
     });
     auto const asking = Host([&](TLog::ValueVisitor& visitor) {
-        Literal(formatter.Int(7)).Accept(visitor); // uses the formatter that is at work
+        Literal(formatter(*Literal::Int(7))).Accept(visitor); // uses the formatter that is at work
     });
     auto const all = Object::Make({{u"c", asking}, {u"b", twice}, {u"a", nothing}});
     EXPECT_EQ(formatter(*all), uR"({"a":null,"b":[1,2],"c":"7"})");

@@ -1,0 +1,3 @@
+#include "korcoreplatform/main/core/logging/Filter.h"
+
+TLog::Filter::~Filter() = default;

@@ -1,0 +1,156 @@
+#include "korcoreplatform/main/core/logging/LoggerUse_p.h"
+
+#include "korcoreplatform/main/core/logging/Logger.h"
+
+#include <chrono>
+#include <new>
+#include <thread>
+
+#include <pthread.h>
+
+namespace TLog {
+namespace {
+
+constexpr std::chrono::microseconds kLook(50);
+constexpr std::chrono::seconds kLongestWait(1);
+
+/// Says of one thread how many log calls it is in. Never freed, taken over by a later thread.
+struct alignas(64) Mark
+{
+    std::atomic<int> uses{0};
+    std::atomic<bool> isTaken{false};
+    Mark* next = nullptr;
+};
+
+std::atomic<Logger*> s_logger{nullptr};
+
+// Most processes need no more marks than these, so that a refused record costs no allocation.
+constexpr int kFirstMarks = 64;
+Mark s_firstMarks[kFirstMarks];
+std::atomic<Mark*> s_moreMarks{nullptr};
+
+/// Of threads that are past their exit, and of those that could not get a mark.
+Mark s_shared;
+
+/// Calls `visit` with the marks of threads until it returns true.
+template <class Visit>
+void VisitMarks(Visit const& visit) noexcept
+{
+    for (Mark& mark : s_firstMarks) {
+        if (visit(mark)) {
+            return;
+        }
+    }
+    Mark* mark = s_moreMarks.load(std::memory_order_acquire);
+    while (mark != nullptr && !visit(*mark)) {
+        mark = mark->next;
+    }
+}
+
+// Without a destructor, so that it may be used until the thread is gone.
+thread_local Mark* t_mark = nullptr;
+
+extern "C" void GiveBackMark(void* mark)
+{
+    t_mark = &s_shared;
+    static_cast<Mark*>(mark)->isTaken.store(false, std::memory_order_release);
+}
+
+/// Gives the mark back when the thread ends: after its thread-local objects, and without an
+/// allocation to arrange that.
+void ArrangeToGiveBack(Mark& mark) noexcept
+{
+    static pthread_key_t const s_key = [] {
+        pthread_key_t key = 0;
+        ::pthread_key_create(&key, &GiveBackMark);
+        return key;
+    }();
+    ::pthread_setspecific(s_key, &mark);
+}
+
+Mark* TakeFree() noexcept
+{
+    Mark* found = nullptr;
+    VisitMarks([&found](Mark& mark) {
+        bool isTaken = false;
+        if (mark.isTaken.compare_exchange_strong(isTaken, true, std::memory_order_acquire,
+                                                 std::memory_order_relaxed)) {
+            found = &mark;
+        }
+        return found != nullptr;
+    });
+    return found;
+}
+
+Mark* TakeNew() noexcept
+{
+    auto* const mark = new (std::nothrow) Mark;
+    if (mark != nullptr) {
+        mark->isTaken.store(true, std::memory_order_relaxed);
+        mark->next = s_moreMarks.load(std::memory_order_relaxed);
+        while (!s_moreMarks.compare_exchange_weak(mark->next, mark, std::memory_order_release,
+                                                  std::memory_order_relaxed)) {}
+    }
+    return mark;
+}
+
+Mark& OwnMark() noexcept
+{
+    if (t_mark == nullptr) {
+        Mark* const free = TakeFree();
+        Mark* const mark = free != nullptr ? free : TakeNew();
+        t_mark = mark != nullptr ? mark : &s_shared;
+        if (mark != nullptr) {
+            ArrangeToGiveBack(*mark);
+        }
+    }
+    return *t_mark;
+}
+
+} // namespace
+
+// Either this thread sees the new logger, or the one that sets it sees the mark: both write first
+// and read then, in the one order of sequentially consistent operations.
+LoggerUse::LoggerUse() noexcept : m_uses(OwnMark().uses)
+{
+    m_uses.fetch_add(1, std::memory_order_seq_cst);
+    m_logger = s_logger.load(std::memory_order_seq_cst);
+    if (m_logger == nullptr) { // this is a static constructor that runs before those of the library
+        m_logger = Logger::Get()->get();
+    }
+}
+
+void LoggerUses::SetLogger(Logger& logger) noexcept
+{
+    s_logger.store(&logger, std::memory_order_seq_cst);
+}
+
+void LoggerUses::WaitForOthers() noexcept
+{
+    auto const deadline = std::chrono::steady_clock::now() + kLongestWait;
+    auto const isInUse = [](Mark const& mark) {
+        return &mark != t_mark && mark.uses.load(std::memory_order_seq_cst) != 0;
+    };
+    auto const wait = [&](Mark const& mark) {
+        while (isInUse(mark) && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(kLook);
+        }
+        return false;
+    };
+    VisitMarks(wait);
+    wait(s_shared);
+}
+
+void LoggerUses::ForgetOthers() noexcept
+{
+    auto const forget = [](Mark& mark) {
+        if (&mark != t_mark) {
+            mark.uses.store(0, std::memory_order_relaxed);
+        }
+        return false;
+    };
+    VisitMarks(forget);
+    forget(s_shared);
+}
+
+} // namespace TLog

@@ -1,0 +1,225 @@
+#include "korcoreplatform/main/core/logging/FileChannel.h"
+
+#include "korcoreplatform/main/core/logging/Event.h"
+#include "korcoreplatform/main/core/logging/Formatter.h"
+#include "korcoreplatform/main/core/logging/TruncateFileChannel.h"
+#include "korcoreplatform/main/core/logging/Value.h"
+#include "korcoreplatform/tests/support/KorTest.h"
+#include "korcoreplatform/tests/support/LogLines.h"
+#include "korcoreplatform/tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <memory>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using TLog::Event;
+using TLog::FileChannel;
+using TLog::Severity;
+
+constexpr int kAppend = O_WRONLY | O_APPEND | O_CREAT;
+constexpr std::size_t kBuffer = 65536;
+
+std::unique_ptr<FileChannel::LogFile> Open(TPath const& path, int flags = kAppend)
+{
+    return std::make_unique<FileChannel::LogFile>(path, flags);
+}
+
+Event Message(std::size_t length)
+{
+    return Event(u"msg", TLog::Literal::String(TString(u'x', static_cast<int>(length))));
+}
+
+/// Whether `run`, in a child process, answers true. What it throws ends the child.
+template <class Run>
+bool InChild(Run const& run) noexcept
+{
+    ::pid_t const child = ::fork();
+    if (child == 0) {
+        ::_exit(run() ? 0 : 1);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status == 0;
+}
+
+TEST(FileChannelTest, TheBufferIsWrittenWhenTheNextBytesDoNotFit)
+{
+    struct Case
+    {
+        int line;
+        std::vector<std::size_t> sizes;
+        std::size_t sizeOnDisk;
+    };
+    Case const cases[] = {
+        {__LINE__, {kBuffer - 1, 1}, 0},
+        {__LINE__, {kBuffer - 1, 2}, kBuffer - 1},
+        {__LINE__, {10, kBuffer}, 10},
+        {__LINE__, {10, kBuffer + 1, 5}, kBuffer + 11},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        TemporaryFolder const folder;
+        std::string all;
+        auto const file = Open(folder / u"app.log");
+        for (std::size_t const size : c.sizes) {
+            all.append(size, static_cast<char>('a' + size % 26));
+            file->Write(&all[all.size() - size], size);
+        }
+        EXPECT_EQ(folder.Read("app.log"), all.substr(0, c.sizeOnDisk));
+        file->Flush();
+        file->Write("dropped", 7);
+        file->WriteRaw("raw", (1ull << 32) + 3);
+        EXPECT_EQ(folder.Read("app.log"), all + "raw");
+        file->Truncate();
+        file->Write("new", 3);
+        file->Flush();
+        EXPECT_EQ(folder.Read("app.log"), "new");
+    }
+}
+
+TEST(FileChannelTest, RecordsReachTheFileAsWholeLinesInOrder)
+{
+    TemporaryFolder const folder;
+    TLog::Formatter formatter;
+    std::string all;
+    FileChannel channel(Open(folder / u"app.log"));
+    auto const append = [&](std::size_t length) {
+        Event const event = Message(length);
+        formatter.AppendLine(all, TLog::AccessLevel::Standard, Severity::Warn, event);
+        channel.Append(Severity::Warn, event);
+    };
+    append(0);
+    append(kBuffer - 2 * all.size());
+    EXPECT_EQ(folder.Read("app.log").size(), 0u) << "the lines just fill the buffer";
+    for (std::size_t i = 0; i < 2000; ++i) {
+        append(i % 500 == 499 ? 100000 : i * 37 % 700);
+        std::string const written = i % 97 == 0 ? folder.Read("app.log") : "\n";
+        ASSERT_EQ(written.back(), '\n');
+    }
+    channel.Flush();
+    EXPECT_TRUE(folder.Read("app.log") == all);
+    EXPECT_EQ(channel.GetCounters().bytesWritten, all.size());
+}
+
+TEST(FileChannelTest, AFileThatIsLockedOrCannotBeOpenedIsPassedOver)
+{
+    TemporaryFolder const folder;
+    folder.Write("file", "");
+    std::filesystem::create_directory(folder.Native("app_1.log"));
+    long const descriptors = CountOpenDescriptors();
+    {
+        std::vector<std::unique_ptr<FileChannel::LogFile>> files;
+        auto const open = [&](char16_t const* name, int flags = kAppend) {
+            files.push_back(Open(folder / name, flags));
+            return files.back()->GetPath();
+        };
+        for (char16_t const* const name : {u"app.log", u"app_2.log", u"app_3.log"}) {
+            EXPECT_EQ(open(u"app.log"), folder / name);
+        }
+        EXPECT_EQ(open(u"log"), folder / u"log");
+        files.back()->WriteRaw("kept", 4);
+        EXPECT_EQ(open(u"log", kAppend | O_TRUNC), folder / u"log_1.");
+        EXPECT_EQ(folder.Read("log"), "kept") << "emptied by one who does not have the lock";
+        std::string const command = "! ls -l /dev/fd/ | grep -F " + folder.Native("").string();
+        EXPECT_EQ(std::system(command.c_str()), 0) << "a program that is started has the files";
+        while (files.size() < 3 + 100) {
+            open(u"log");
+        }
+        EXPECT_KOR_ERROR(open(u"log"), KorvelException, "KorvelException_AutoGen_0x96B9ECEF");
+    }
+    EXPECT_EQ(Open(folder / u"log", kAppend | O_TRUNC)->GetPath(), folder / u"log");
+    EXPECT_EQ(folder.Read("log"), "");
+    for (std::string const end :
+         {"no/a_99.log failed with error 2", "file/a_99.log failed with error 20"}) {
+        try {
+            Open(folder / TString(end.substr(0, end.find('/')).c_str()) / u"a.log");
+            ADD_FAILURE() << end;
+        } catch (KorvelException const& e) {
+            EXPECT_EQ(e.what(), "Creating logfile " + folder.Native(end).string());
+            EXPECT_KOR_ERROR(e.Throw(), KorvelException, "KorvelException_AutoGen_0x98E57943");
+        }
+    }
+    EXPECT_EQ(CountOpenDescriptors(), descriptors);
+}
+
+TEST(FileChannelTest, AForkNeitherWritesNorUnlocks)
+{
+    TemporaryFolder const folder;
+    auto channel = std::make_unique<TLog::TruncateFileChannel>(folder / u"app.log", 1, 10);
+    auto const file = Open(folder / u"file.log");
+    file->Write("buffered", 8);
+    EXPECT_TRUE(InChild([&] {
+        channel->Append(Severity::Info, Event(u"of-child", nullptr));
+        channel.reset();
+        file->WriteRaw("raw", 3);
+        file->Flush();
+        file->Truncate();
+        TLog::TruncateFileChannel const own(folder / u"app.log", 1, 10);
+        return true;
+    }));
+    auto const lines = [&](std::string const& name) {
+        std::string const path = folder.Native(name);
+        return std::vector{PathLine("open-log", path), PathLine("close-log", path)};
+    };
+    EXPECT_EQ(folder.Read("app.log") + folder.Read("file.log"), "");
+    EXPECT_EQ(LogLines(folder.Read("app_1.log")), lines("app_1.log"));
+    EXPECT_EQ(Open(folder / u"app.log")->GetPath(), folder / u"app_1.log");
+    channel.reset();
+    EXPECT_EQ(LogLines(folder.Read("app.log")), lines("app.log"));
+    file->Flush();
+    EXPECT_EQ(folder.Read("file.log"), "buffered");
+}
+
+TEST(FileChannelTest, AFullDiskCostsRecordsButTearsNone)
+{
+    TemporaryFolder const folder;
+    EXPECT_TRUE(InChild([&] {
+        ::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit = {};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        limit.rlim_cur = 150000;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        FileChannel channel(Open(folder / u"app.log"));
+        for (int i = 0; i < 1000; ++i) {
+            channel.Append(Severity::Info, Message(300));
+        }
+        channel.Flush();
+        limit.rlim_cur = limit.rlim_max;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        std::string const written = folder.Read("app.log");
+        TLog::ChannelCounters const counters = channel.GetCounters();
+        channel.Append(Severity::Warn, Event(u"space-again", nullptr));
+        return LogLines(written).size() + counters.lostRecords == 1000 &&
+               counters.bytesWritten == written.size() &&
+               150000 - written.size() <= written.find('\n');
+    }));
+    EXPECT_EQ(LogLines(folder.Read("app.log")).back(), "warn space-again");
+
+    auto const full = Open(u"/dev/full", O_WRONLY);
+    full->Write("a\nb\nc", 5);
+    full->Flush();
+    EXPECT_EQ(full->GetCounters().lostRecords, 3u);
+    EXPECT_EQ(full->GetCounters().bytesWritten, 0u);
+}
+
+TEST(FileChannelTest, TheSizeIsInWholeMebibytes)
+{
+    TemporaryFolder const folder;
+    FileChannel channel(Open(folder / u"app.log"));
+    for (unsigned long const size : {1048575ul, 1048576ul, 5 * 1048576ul - 1}) {
+        std::filesystem::resize_file(folder.Native("app.log"), size);
+        EXPECT_EQ(channel.GetFileSizeMB(), size / 1048576);
+    }
+    std::filesystem::remove(folder.Native("app.log"));
+    EXPECT_EQ(channel.GetFileSizeMB() + FileChannel(nullptr).GetFileSizeMB(), 0u);
+}
+
+} // namespace

@@ -1,0 +1,96 @@
+#include "korcoreplatform/main/core/logging/TLogException.h"
+
+#include "korcoreplatform/main/core/logging/Formatter.h"
+#include "korcoreplatform/tests/support/KorTest.h"
+#include "korcoreplatform/tests/support/RecordingLogger.h"
+#include "korsys/main/error/KorErrorsError.h"
+#include "korsys/main/error/LogicException.h"
+#include "korsys/main/error/StringException.h"
+#include "korsys/main/error/TError.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <exception>
+#include <stdexcept>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using TLog::Literal;
+using TLog::LogCurrentException;
+using TLog::LogException;
+using TLog::Object;
+
+TLog::NonErrorSeverity const kWarn(TLog::Severity::Warn);
+TLog::AnySeverity const kError(TLog::Severity::Error);
+constexpr char kWarned[] = "Warn: excp";
+constexpr char kFailed[] = "Error: excp [StringException_AutoGen_0xDBED6C12]";
+
+struct HostFailure : std::exception
+{
+    char const* what() const noexcept override { return "Zo\xC3\xAB"; }
+};
+
+TError::ErrorInfo Error()
+{
+    return {KorErrorsError::AutoGen_0xDBED6C12(), TError::ErrorSource::User, grpc::UNKNOWN};
+}
+
+/// Logs the exception in every way; each record must have `expected` as its value.
+template <class Exception>
+void ExpectRecords(Exception const& e, TString const& expected)
+{
+    LogRecording const recording;
+    Object::Map values{{u"a", Literal::Int(1)}, {u"msg", Literal::String(u"replaced")}};
+    try {
+        throw e;
+    } catch (...) {
+        LogCurrentException(kWarn, u"m", values);
+        LogCurrentException(kError, u"m", Error(), values);
+    }
+    constexpr bool isNamed = std::is_base_of_v<std::exception, Exception>;
+    if constexpr (isNamed) {
+        LogException(kWarn, u"m", e, values);
+        LogException(kError, u"m", e, Error(), values);
+        LogException(kWarn, u"m", e, Object::Map(values));
+        LogException(kError, u"m", e, Error(), std::move(values));
+    }
+    std::vector<LogRecord> const& records = recording.Records();
+    EXPECT_EQ(records.size(), isNamed ? 6u : 2u);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        EXPECT_EQ(records[i].Line(), i % 2 == 0 ? kWarned : kFailed);
+        EXPECT_EQ(TLog::Formatter()(*records[i].event.GetValue()), expected);
+    }
+}
+
+TEST(TLogExceptionTest, ARecordDescribesTheException)
+{
+    ExpectRecords(
+        std::runtime_error("no"),
+        u"{\"a\":1,\"excp-msg\":\"no\",\"excp-type\":\"std::runtime_error\",\"msg\":\"m\"}");
+    ExpectRecords(HostFailure(),
+                  u"{\"a\":1,\"excp-msg\":\"Zo\\u00eb\","
+                  u"\"excp-type\":\"(anonymous namespace)::HostFailure\",\"msg\":\"m\"}");
+    StringException own(TStringCore(u"broken"), Error());
+    own.StackMessageFront(TStringCore(u"not read"));
+    ExpectRecords(own, u"{\"a\":1,\"excp-msg\":\"not read | broken\","
+                       u"\"excp-type\":\"StringException\",\"msg\":\"m\"}");
+    ExpectRecords(5, u"{\"a\":1,\"excp-msg\":\"Unknown exception caught by catch(...)\","
+                     u"\"excp-type\":\"Unknown-exception-type\",\"msg\":\"m\"}");
+}
+
+TEST(TLogExceptionTest, ARefusedSeverityTakesNothing)
+{
+    LogRecording const recording(TLog::Severity::Error);
+    Object::Map values{{u"a", Literal::Int(1)}};
+    LogException(kWarn, u"m", std::runtime_error("no"), std::move(values));
+    EXPECT_EQ(values.size(), 1u); // NOLINT(bugprone-use-after-move): it was not moved from
+    EXPECT_KOR_ERROR(LogCurrentException(kWarn, u"m", {}), LogicException, // asserted in any case
+                     "LogicException_LogicAssert_0x8C06D7DE");
+    EXPECT_TRUE(recording.Records().empty());
+}
+
+} // namespace

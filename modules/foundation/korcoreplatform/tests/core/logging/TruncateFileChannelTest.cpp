@@ -1,0 +1,102 @@
+#include "korcoreplatform/main/core/logging/TruncateFileChannel.h"
+
+#include "korcoreplatform/tests/support/KorTest.h"
+#include "korcoreplatform/tests/support/LogLines.h"
+#include "korcoreplatform/tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include <fcntl.h>
+
+namespace {
+
+using TLog::TruncateFileChannel;
+
+constexpr long kMiB = 1 << 20;
+constexpr long kNone = -1;
+
+/// Makes the file a hole of this size.
+void Grow(std::filesystem::path const& file, long size)
+{
+    if (size != kNone) {
+        std::ofstream(file).close();
+        std::filesystem::resize_file(file, static_cast<std::uintmax_t>(size));
+    }
+}
+
+long SizeOf(std::filesystem::path const& file)
+{
+    return exists(file) ? static_cast<long>(file_size(file)) : kNone;
+}
+
+TEST(TruncateFileChannelTest, AFileThatIsTooBigIsBackedUpAndEmptied)
+{
+    struct Case
+    {
+        int line;
+        long size; ///< Of app.log.
+        unsigned long maxSizeMB;
+        bool isTooBig;
+    };
+    Case const cases[] = {
+        {__LINE__, 12 * kMiB, 10, true}, {__LINE__, 12 * kMiB, 13, false},
+        {__LINE__, kMiB, 1, true},       {__LINE__, 2 * kMiB - 1, 2, false},
+        {__LINE__, kNone, 0, false},     {__LINE__, 0, 0, true},
+    };
+    for (Case const& c : cases) {
+        SCOPED_TRACE(c.line);
+        TemporaryFolder const folder;
+        Grow(folder.Native("app_bk.log"), 5);
+        Grow(folder.Native("app.log"), c.size);
+        TruncateFileChannel(folder / u"app.log", 0, c.maxSizeMB);
+        EXPECT_EQ(SizeOf(folder.Native("app_bk.log")), c.isTooBig ? c.size : 5);
+        std::string const path = folder.Native("app.log");
+        std::vector<std::string> lines = {PathLine("open-log", path), PathLine("close-log", path)};
+        if (c.isTooBig) {
+            lines.insert(lines.begin() + 1, PathLine("previous-log", folder.Native("app_bk.log")));
+        }
+        std::string const bytes = folder.Read("app.log");
+        EXPECT_EQ(LogLines(bytes.substr(bytes.find('{'))), lines);
+        EXPECT_EQ(bytes.find('{'), c.isTooBig || c.size == kNone ? 0u : std::size_t(c.size));
+    }
+}
+
+TEST(TruncateFileChannelTest, TheFileThatIsOpenedIsTheOneMeasured)
+{
+    TemporaryFolder const folder;
+    Grow(folder.Native("app.log"), 2 * kMiB);
+    Grow(folder.Native("app_2.log"), 2 * kMiB);
+    auto const open = [&] {
+        return std::make_unique<TruncateFileChannel>(folder / u"app.log", 3, 1);
+    };
+    TLog::FileChannel::LogFile const lock(folder / u"app.log", O_WRONLY | O_APPEND);
+    auto const first = open();
+    auto const second = open();
+    EXPECT_EQ(first->GetPath(), folder / u"app_1.log");
+    EXPECT_EQ(second->GetPath(), folder / u"app_2.log");
+    EXPECT_EQ(SizeOf(folder.Native("app_2_bk.log")), 2 * kMiB);
+    EXPECT_EQ(SizeOf(folder.Native("app_1_bk.log")), kNone);
+    EXPECT_EQ(SizeOf(folder.Native("app.log")), 2 * kMiB);
+}
+
+TEST(TruncateFileChannelTest, WhatFailsLeavesTheFileAlone)
+{
+    TemporaryFolder const folder;
+    long const descriptors = CountOpenDescriptors();
+    Grow(folder.Native("app.log"), kMiB);
+    std::filesystem::create_directories(folder.Native("app_bk.log/app.log"));
+    EXPECT_KOR_ERROR((TruncateFileChannel(folder / u"app.log", 2, 1)), TPath::Exception,
+                     "TPathException_AutoGen_0x0C5F149A");
+    EXPECT_EQ(SizeOf(folder.Native("app.log")), kMiB);
+    try {
+        TruncateFileChannel(folder / u"no/app.log", 2, 1);
+        ADD_FAILURE();
+    } catch (KorvelException const& e) { // the second candidate's hundredth name
+        EXPECT_NE(std::string(e.what()).find("/no/app_1_99.log"), std::string::npos) << e.what();
+    }
+    EXPECT_EQ(CountOpenDescriptors(), descriptors);
+}
+
+} // namespace
