@@ -4,6 +4,7 @@
 #include "korcoreplatform/main/core/logging/AsyncLoggerItem_p.h"
 #include "korcoreplatform/main/core/logging/Event_p.h"
 #include "korcoreplatform/main/core/logging/QtMessageBridge.h"
+#include "korcoreplatform/main/core/logging/RecordMemory_p.h"
 #include "korsys/main/system/TSystemCore.h"
 
 #include <algorithm>
@@ -166,6 +167,7 @@ void AsyncLogger::Impl::Sink()
         LogItem* const item = Pop();
         if (item == nullptr) {
             FlushChannels();
+            RecordMemory::Trim(); // the burst is over
         } else if (!Handle(*item)) {
             break;
         }

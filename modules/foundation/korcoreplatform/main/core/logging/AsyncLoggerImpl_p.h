@@ -70,19 +70,24 @@ private:
     void PublishLosses() noexcept;
     void NoteQueueLength() noexcept;
 
+    static constexpr int kCacheLineBytes = 64;
+
     LogQueue m_queue;
-    TEvent m_itemAvailable;
-    TEvent m_done;
+
+    // What every log call reads. The lines around it are not written by each record.
+
+    alignas(kCacheLineBytes) std::uint32_t const m_processId;
     std::atomic<bool> m_isAsleep{false}; ///< The writer waits, or is about to, for m_itemAvailable.
     std::atomic<std::int64_t> m_maxAgeMs{0};
-    std::uint32_t const m_processId;
+    TEvent m_itemAvailable;
+    TEvent m_done;
 
     // What the writer keeps for itself
 
-    std::vector<std::shared_ptr<Channel>> m_channels;
+    alignas(kCacheLineBytes) std::vector<std::shared_ptr<Channel>> m_channels;
     std::vector<std::shared_ptr<Filter>> m_filters;
     bool m_isUnflushed = false; ///< A record was appended to the channels since the last flush.
-    SteadyClock::time_point m_unflushedSince; ///< While m_isUnflushed and an age is set.
+    SteadyClock::time_point m_unflushedSince; ///< While m_isUnflushed.
     std::uint64_t m_lostAtLastWait = 0;
     ChannelCounters m_removed; ///< Of channels that are gone: the most lost, the sum of bytes.
 

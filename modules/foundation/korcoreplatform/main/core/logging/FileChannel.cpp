@@ -11,6 +11,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 namespace TLog {
 
@@ -48,8 +49,14 @@ TPath FileChannel::GetPath() const
 
 unsigned long FileChannel::GetFileSizeMB() const
 {
-    long long const size = m_file == nullptr ? -1 : GetFileSize(m_file->GetPath());
-    return size < 0 ? 0 : static_cast<unsigned long>(size >> 20);
+    // The system is asked itself: at the end of the process the writer outlives Qt's statics.
+    struct stat status = {};
+    if (m_file == nullptr ||
+        ::stat(m_file->GetPath().NativeString().toStdString().c_str(), &status) != 0 ||
+        !S_ISREG(status.st_mode)) {
+        return 0;
+    }
+    return static_cast<unsigned long>(status.st_size >> 20);
 }
 
 ChannelCounters FileChannel::GetCounters() const

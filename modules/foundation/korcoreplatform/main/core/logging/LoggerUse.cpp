@@ -120,6 +120,15 @@ LoggerUse::LoggerUse() noexcept : m_uses(OwnMark().uses)
     }
 }
 
+LoggerUse::~LoggerUse()
+{
+    if (&m_uses == &s_shared.uses) {
+        m_uses.fetch_sub(1, std::memory_order_release);
+    } else {
+        m_uses.store(m_uses.load(std::memory_order_relaxed) - 1, std::memory_order_release);
+    }
+}
+
 void LoggerUses::SetLogger(Logger& logger) noexcept
 {
     s_logger.store(&logger, std::memory_order_seq_cst);

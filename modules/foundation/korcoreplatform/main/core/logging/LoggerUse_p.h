@@ -21,7 +21,7 @@ public:
     LoggerUse() noexcept;
     LoggerUse(LoggerUse const&) = delete;
     LoggerUse& operator=(LoggerUse const&) = delete;
-    ~LoggerUse() { m_uses.fetch_sub(1, std::memory_order_release); }
+    ~LoggerUse();
 
     Logger* operator->() const noexcept { return m_logger; }
     Logger& operator*() const noexcept { return *m_logger; }

@@ -8,9 +8,10 @@ namespace TLog {
 namespace {
 
 constexpr int kSizes = 2;
-constexpr int kNoSize = -1;      ///< Of blocks that the general allocator serves.
-constexpr int kBatchBlocks = 64; ///< What a thread and the pool hand to each other at a time.
-constexpr int kPoolBytes = 16 << 20;
+constexpr int kNoSize = -1;            ///< Of blocks that the general allocator serves.
+constexpr int kBatchBlocks = 64;       ///< What a thread and the pool hand to each other at a time.
+constexpr int kMaxBytes = 256 << 20;   ///< That a pool holds,
+constexpr int kTrimmedBytes = 4 << 20; ///< and that it keeps when it is trimmed.
 
 constexpr std::size_t kBytes[kSizes] = {RecordMemory::kSmallBytes, RecordMemory::kLargeBytes};
 
@@ -51,20 +52,20 @@ public:
         return hasRoom;
     }
 
-    /// Null when it is empty or in use.
-    Block* Take() noexcept
+    /// Null when there are no more than `keep` batches, or when it is in use.
+    Block* Take(int keep) noexcept
     {
         if (m_isInUse.test_and_set(std::memory_order_acquire)) {
             return nullptr;
         }
-        Block* const batch = m_count > 0 ? m_batches[--m_count] : nullptr;
+        Block* const batch = m_count > keep ? m_batches[--m_count] : nullptr;
         m_isInUse.clear(std::memory_order_release);
         return batch;
     }
 
 private:
     static constexpr int kMaxBatches =
-        kPoolBytes / kBatchBlocks / static_cast<int>(RecordMemory::kSmallBytes);
+        kMaxBytes / kBatchBlocks / static_cast<int>(RecordMemory::kLargeBytes);
 
     std::atomic_flag m_isInUse = ATOMIC_FLAG_INIT;
     int m_count = 0;
@@ -126,7 +127,7 @@ void Refill(Cache& cache, Pool& pool) noexcept
 {
     cache.part = std::exchange(cache.batch, nullptr);
     if (cache.part == nullptr) {
-        cache.part = pool.Take();
+        cache.part = pool.Take(0);
     }
     cache.partCount = cache.part != nullptr ? kBatchBlocks : 0;
 }
@@ -169,6 +170,16 @@ void RecordMemory::Free(void* block, std::size_t bytes) noexcept
     }
     cache.part = new (block) Block{cache.part};
     ++cache.partCount;
+}
+
+void RecordMemory::Trim() noexcept
+{
+    for (int size = 0; size != kSizes; ++size) {
+        int const keep = kTrimmedBytes / kBatchBlocks / static_cast<int>(kBytes[size]);
+        while (Block* batch = s_pools[size].Take(keep)) {
+            FreeAll(batch);
+        }
+    }
 }
 
 } // namespace TLog

@@ -7,7 +7,8 @@
 namespace TLog {
 
 /// Blocks that go round: those that the writer gives back serve the threads that log. The general
-/// allocator is slow where one thread frees what others allocated. At most 16 MiB a size are kept.
+/// allocator is slow where one thread frees what others allocated. What a burst needed is kept until
+/// `Trim`, at most 256 MiB a size.
 ///
 /// Thread safety: may be called from any thread, at any time of the process and of the thread, and
 /// in a child made by `fork`. No call waits for another.
@@ -25,6 +26,9 @@ public:
 
     /// Takes back a block that was asked for with the same `bytes`.
     static void Free(void* block, std::size_t bytes) noexcept;
+
+    /// Gives all but 4 MiB a size back to the general allocator.
+    static void Trim() noexcept;
 };
 
 } // namespace TLog

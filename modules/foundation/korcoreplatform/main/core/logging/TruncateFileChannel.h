@@ -16,8 +16,8 @@ class KORCOREPLATFORM_EXPORT TruncateFileChannel : public FileChannel
 public:
     /// Tries `path`, then title_1.ext and so on, `maxFiles` names in all and at least one.
     /// `maxSizeMB` counts whole MiB.
-    /// Throws: what the last name gives, see `FileChannel::LogFile`; what `CopyFile` throws when the
-    /// file cannot be copied, which leaves it as it was.
+    /// Throws: what the last name gives, see `FileChannel::LogFile`; what `CopyFile` throws, which
+    /// leaves the file as it was.
     TruncateFileChannel(TPath const& path, int maxFiles, unsigned long maxSizeMB);
     ~TruncateFileChannel() override;
 };

@@ -1,0 +1,165 @@
+#include "korcoreplatform/main/core/logging/Event.h"
+#include "korcoreplatform/main/core/logging/Formatter.h"
+#include "korcoreplatform/main/core/logging/LoggingContext.h"
+#include "korcoreplatform/main/core/logging/Value.h"
+#include "korcoreplatform/main/core/runtime/OptMetrics.h"
+#include "korcoreplatform/main/core/runtime/TUUID.h"
+#include "korcoreplatform/tests/support/TimeZoneGuard.h"
+#include "korsys/main/error/KorErrorsError.h"
+#include "korsys/main/error/TError.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using nlohmann::ordered_json;
+using TLog::AccessLevel;
+using TLog::ActivityInfo;
+using TLog::Event;
+using TLog::EventTime;
+using TLog::Literal;
+using TLog::Object;
+using TLog::Severity;
+using Names = std::vector<std::string>;
+
+EventTime const kTime{std::chrono::microseconds(1709370303004000)}; // 2024-03-02T09:05:03.004 UTC
+
+std::string ReadFile(std::string const& name)
+{
+    std::ifstream file(KOR_PROJECT_FOLDER "/" + name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The first group of the pattern, for each line that is like it.
+Names LinesLike(std::string const& text, std::regex const& pattern)
+{
+    Names found;
+    std::istringstream in(text);
+    std::smatch match;
+    for (std::string line; std::getline(in, line);) {
+        if (std::regex_match(line, match, pattern)) {
+            found.push_back(match[1]);
+        }
+    }
+    return found;
+}
+
+Names KeysOf(ordered_json const& object)
+{
+    Names keys;
+    for (auto const& pair : object.items()) {
+        keys.push_back(pair.key());
+    }
+    return keys;
+}
+
+Event Plain(std::shared_ptr<TLog::Value> value)
+{
+    return Event(
+        u"msg", std::move(value),
+        ActivityInfo(kTime, 4242, 0x1a2b, u"-", u"-", u"-", u"-", nullptr, nullptr, nullptr, u"-"));
+}
+
+Event WithEverything()
+{
+    TLog::ActivityInfoFactory::SetFactoryFunction([](EventTime, TString const&) {
+        return ActivityInfo(
+            kTime + std::chrono::milliseconds(13), 4242, 0x1a2b, u"s-17", u"r-204", u"zoe",
+            u"north", Object::Make({{u"node", Literal::String(u"n3")}}),
+            Object::Make({{u"name", Literal::String(u"save")}, {u"step", Literal::Int(2)}}),
+            Object::Make({{u"tenant", Literal::String(u"blue")}}), u"5f0c");
+    });
+    Event event(u"save-failed",
+                Object::Make({{u"path", Literal::String(u"/tmp/Zo\u00EB.txt")},
+                              {u"tries", Literal::Int(3)}}),
+                TError::ErrorInfo(KorErrorsError::AutoGen_0x8CA372D6(), TError::ErrorSource::System,
+                                  grpc::UNKNOWN));
+    TLog::ActivityInfoFactory::SetFactoryFunction(nullptr);
+    return event;
+}
+
+std::string LineOf(Event const& event, Severity severity = Severity::Info)
+{
+    return TLog::Formatter()(AccessLevel::Quarantine, severity, event).toStdString();
+}
+
+/// Every part of a line is switched on, but for the quarantine.
+class LoggingDocumentTest : public testing::Test
+{
+protected:
+    LoggingDocumentTest()
+    {
+        TLog::SetLoggingContextEnabled(true);
+        OptMetrics::SetIsActivityAndResourceTracingEnabledFunction([] { return true; });
+    }
+    ~LoggingDocumentTest() override
+    {
+        TLog::SetLoggingContextEnabled(false);
+        TLog::SetLogQuarantineUuid(TUUID());
+        OptMetrics::SetIsActivityAndResourceTracingEnabledFunction([] { return false; });
+    }
+
+    std::string MessageLine()
+    {
+        return LineOf(Plain(Literal::String(u"The workbook was opened.")));
+    }
+
+    std::string FullLine()
+    {
+        TLog::SetLogQuarantineUuid(TUUID(u"{00000001-0000-0002-0000-000300000004}"));
+        return LineOf(WithEverything(), Severity::Error);
+    }
+
+private:
+    TimeZoneGuard m_utc{"UTC"};
+};
+
+TEST_F(LoggingDocumentTest, ShowsLinesAsTheyAreWritten)
+{
+    std::string const message = MessageLine();
+    EXPECT_EQ(LinesLike(ReadFile("docs/logging.md"), std::regex(R"((\{"ts".*))")),
+              (Names{message, FullLine()}));
+}
+
+TEST_F(LoggingDocumentTest, KeysAreThoseOfTheTableAndTheSchema)
+{
+    ordered_json const least = ordered_json::parse(LineOf(Plain(nullptr)));
+    ordered_json const full = ordered_json::parse(FullLine());
+
+    std::string const text = ReadFile("docs/logging.md");
+    std::string const table =
+        text.substr(text.find("| key |"), text.find("\n- Texts") - text.find("| key |"));
+    EXPECT_EQ(LinesLike(table, std::regex(R"(\| `(\w+)` \| .*)")), KeysOf(full));
+    EXPECT_EQ(LinesLike(table, std::regex(R"(\| `(\w+)` \| always \| .*)")), KeysOf(least));
+
+    ordered_json const schema = ordered_json::parse(ReadFile("tools/log-line.schema.json"));
+    EXPECT_EQ(KeysOf(schema.at("properties")), KeysOf(full));
+    EXPECT_EQ(schema.at("required"), KeysOf(least));
+    for (auto const& [key, rule] : schema.at("properties").items()) {
+        std::string const type =
+            full.at(key).is_number_integer() ? "integer" : full.at(key).type_name();
+        EXPECT_EQ(rule.value("type", type), type) << key;
+        if (rule.contains("pattern")) {
+            EXPECT_TRUE(std::regex_match(full[key].get<std::string>(),
+                                         std::regex(rule["pattern"].get<std::string>())))
+                << key;
+        }
+    }
+    Names severities;
+    for (int i = 0; i <= static_cast<int>(Severity::LogDetail); ++i) {
+        std::string const line = LineOf(Plain(nullptr), static_cast<Severity>(i));
+        severities.push_back(ordered_json::parse(line)["sev"]);
+    }
+    EXPECT_EQ(schema.at("properties").at("sev").at("enum"), severities);
+}
+
+} // namespace
