@@ -69,6 +69,7 @@ public:
             }
         }
         m_first = second;
+        __builtin_prefetch(second); // the consumer is busy with `first` meanwhile
         return first;
     }
 

@@ -48,7 +48,7 @@ void VisitMarks(Visit const& visit) noexcept
 }
 
 // Without a destructor, so that it may be used until the thread is gone.
-thread_local Mark* t_mark = nullptr;
+[[gnu::tls_model("initial-exec")]] thread_local Mark* t_mark = nullptr;
 
 extern "C" void GiveBackMark(void* mark)
 {

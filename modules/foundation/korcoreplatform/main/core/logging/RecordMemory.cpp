@@ -1,135 +1,286 @@
 #include "korcoreplatform/main/core/logging/RecordMemory_p.h"
 
+#include "korcoreplatform/main/core/logging/RecordPages_p.h"
+
 #include <atomic>
+#include <cstdint>
 #include <new>
 #include <utility>
+
+#include <pthread.h>
 
 namespace TLog {
 namespace {
 
 constexpr int kSizes = 2;
-constexpr int kNoSize = -1;            ///< Of blocks that the general allocator serves.
-constexpr int kBatchBlocks = 64;       ///< What a thread and the pool hand to each other at a time.
-constexpr int kMaxBytes = 256 << 20;   ///< That a pool holds,
-constexpr int kTrimmedBytes = 4 << 20; ///< and that it keeps when it is trimmed.
-
+constexpr int kNoSize = -1; ///< Of blocks that the general allocator serves.
 constexpr std::size_t kBytes[kSizes] = {RecordMemory::kSmallBytes, RecordMemory::kLargeBytes};
+
+constexpr std::size_t kChunkBytes = 256 << 10; ///< Mapped at a time, and aligned to that.
+constexpr int kBatchBlocks = 64;               ///< What threads and the pool hand to each other.
+constexpr std::size_t kKeptBytes = 4 << 20;    ///< What `Trim` leaves of a size.
 
 int SizeOf(std::size_t bytes)
 {
     return bytes <= kBytes[0] ? 0 : bytes <= kBytes[1] ? 1 : kNoSize;
 }
 
-/// A free block.
+/// A free block. The blocks of a batch are linked by `next`; the first one of a batch in the pool
+/// links to the first one of the batch below it.
 struct Block
 {
     Block* next;
+    Block* nextBatch;
 };
 
-void FreeAll(Block* blocks) noexcept
+/// Stands at the beginning of the memory that blocks are cut from. Used while a pool is trimmed.
+struct Chunk
 {
-    while (blocks != nullptr) {
-        ::operator delete(std::exchange(blocks, blocks->next));
-    }
+    int freeBlocks;  ///< How many were found in the pool; see `SortOut`.
+    Chunk* nextFree; ///< Of those that go back to the system.
+};
+
+Chunk& ChunkOf(Block* block)
+{
+    return *reinterpret_cast<Chunk*>(reinterpret_cast<std::uintptr_t>(block) &
+                                     ~std::uintptr_t(kChunkBytes - 1));
 }
 
-/// The batches of one size that no thread has. Constant-initialised and never destroyed. Whoever
-/// finds it in use does without: a child made by `fork` may find it so for ever.
+/// The first block's worth of a chunk is for its head.
+int BlocksOfChunk(int size)
+{
+    return static_cast<int>(kChunkBytes / kBytes[size]) - 1;
+}
+
+/// The batches of one size that no thread has. Constant-initialised and never destroyed.
 class Pool
 {
 public:
-    /// Returns false when it is full or in use.
-    bool Give(Block* batch) noexcept
+    bool Give(Block* batch) noexcept ///< Returns false when it is in use.
     {
-        if (m_isInUse.test_and_set(std::memory_order_acquire)) {
-            return false;
-        }
-        bool const hasRoom = m_count < kMaxBatches;
-        if (hasRoom) {
-            m_batches[m_count++] = batch;
-        }
-        m_isInUse.clear(std::memory_order_release);
-        return hasRoom;
+        return Use([=] { AddBatch(batch); });
     }
 
-    /// Null when there are no more than `keep` batches, or when it is in use.
-    Block* Take(int keep) noexcept
+    /// Takes any number of blocks.
+    bool GiveLoose(Block* blocks) noexcept
     {
-        if (m_isInUse.test_and_set(std::memory_order_acquire)) {
-            return nullptr;
-        }
-        Block* const batch = m_count > keep ? m_batches[--m_count] : nullptr;
-        m_isInUse.clear(std::memory_order_release);
+        return Use([=]() mutable {
+            while (blocks != nullptr) {
+                Block* const block = std::exchange(blocks, blocks->next);
+                block->next = std::exchange(m_loose, block);
+                if (++m_looseCount == kBatchBlocks) {
+                    AddBatch(std::exchange(m_loose, nullptr));
+                    m_looseCount = 0;
+                }
+            }
+        });
+    }
+
+    Block* Take() noexcept ///< Null when it is empty or in use.
+    {
+        Block* batch = nullptr;
+        Use([&] {
+            batch = m_batches;
+            if (batch != nullptr) {
+                m_batches = batch->nextBatch;
+                --m_count;
+            }
+        });
         return batch;
     }
 
+    /// All batches, linked by `nextBatch`; null when they are no more than `keep`, or it is in use.
+    Block* TakeAllBut(int keep) noexcept
+    {
+        Block* batches = nullptr;
+        Use([&] {
+            if (m_count > keep) {
+                batches = std::exchange(m_batches, nullptr);
+                m_count = 0;
+            }
+        });
+        return batches;
+    }
+
 private:
-    static constexpr int kMaxBatches =
-        kMaxBytes / kBatchBlocks / static_cast<int>(RecordMemory::kLargeBytes);
+    /// Whoever finds it in use tries for about a microsecond and does without then: in a child made
+    /// by `fork` it may be in use for ever.
+    template <class Function>
+    bool Use(Function function) noexcept
+    {
+        for (int i = 0; m_isInUse.test_and_set(std::memory_order_acquire); ++i) {
+            if (i == kTries) {
+                return false;
+            }
+        }
+        function();
+        m_isInUse.clear(std::memory_order_release);
+        return true;
+    }
+
+    void AddBatch(Block* batch) noexcept
+    {
+        batch->nextBatch = std::exchange(m_batches, batch);
+        ++m_count;
+    }
+
+    static constexpr int kTries = 100;
 
     std::atomic_flag m_isInUse = ATOMIC_FLAG_INIT;
     int m_count = 0;
-    Block* m_batches[kMaxBatches] = {};
+    Block* m_batches = nullptr;
+    int m_looseCount = 0; ///< Less than a batch.
+    Block* m_loose = nullptr;
 };
 
 Pool s_pools[kSizes];
 
-/// The free blocks of one size that a thread has at hand: a whole batch, or none, and a part of
-/// one.
+/// The free blocks of one size that a thread has at hand: full batches, and a part of one.
 struct Cache
 {
     Block* part;
     int partCount;
-    Block* batch;
+    Block* batches; ///< Linked by `nextBatch`.
 };
 
 enum class CacheState
 {
-    Unused, ///< The thread has not registered yet that its caches are to be emptied.
+    Unused, ///< The thread has not arranged yet that its caches are emptied.
     InUse,
     Over ///< The thread is ending; what it still logs goes past the caches.
 };
 
 // Without constructor and destructor, so that they may be used until the thread is gone.
-thread_local Cache t_caches[kSizes];
-thread_local CacheState t_state;
+[[gnu::tls_model("initial-exec")]] thread_local Cache t_caches[kSizes];
+[[gnu::tls_model("initial-exec")]] thread_local CacheState t_state;
 
-struct EmptyAtThreadExit
+/// Hands a batch on. Where the pool is in use, the thread keeps it and tries again with the next.
+void GiveBatches(Cache& cache, Pool& pool) noexcept
 {
-    ~EmptyAtThreadExit()
-    {
-        t_state = CacheState::Over;
-        for (int size = 0; size != kSizes; ++size) {
-            Cache& cache = t_caches[size];
-            FreeAll(cache.part);
-            if (cache.batch != nullptr && !s_pools[size].Give(cache.batch)) {
-                FreeAll(cache.batch);
-            }
-            cache = Cache();
+    while (cache.batches != nullptr) {
+        Block* const batch = cache.batches;
+        Block* const rest = batch->nextBatch;
+        if (!pool.Give(batch)) {
+            return;
         }
+        cache.batches = rest;
     }
+}
 
-    bool isRegistered = false;
-};
+void AddBatch(Cache& cache, Block* batch) noexcept
+{
+    batch->nextBatch = std::exchange(cache.batches, batch);
+}
 
-bool HasCaches()
+/// What the pool does not take now is lost to the process.
+void GiveAll(Cache& cache, Pool& pool) noexcept
+{
+    GiveBatches(cache, pool);
+    pool.GiveLoose(cache.part);
+    cache = Cache();
+}
+
+extern "C" void EmptyRecordCaches(void* /*unused*/)
+{
+    t_state = CacheState::Over;
+    for (int size = 0; size != kSizes; ++size) {
+        GiveAll(t_caches[size], s_pools[size]);
+    }
+}
+
+bool HasCaches() noexcept
 {
     if (t_state == CacheState::Unused) {
-        thread_local EmptyAtThreadExit t_atExit;
-        t_atExit.isRegistered = true;
+        static pthread_key_t const s_key = [] {
+            pthread_key_t key = 0;
+            ::pthread_key_create(&key, &EmptyRecordCaches);
+            return key;
+        }();
+        ::pthread_setspecific(s_key, &t_state);
         t_state = CacheState::InUse;
     }
     return t_state == CacheState::InUse;
 }
 
-/// Makes sure that there is a block in `part`, if a whole batch is to be had.
-void Refill(Cache& cache, Pool& pool) noexcept
+/// Cuts the blocks of a new chunk.
+/// Requires: no block in `part`.
+bool AddChunk(Cache& cache, int size) noexcept
 {
-    cache.part = std::exchange(cache.batch, nullptr);
-    if (cache.part == nullptr) {
-        cache.part = pool.Take(0);
+    void* const pages = RecordPages::Map(kChunkBytes);
+    if (pages == nullptr) {
+        return false;
     }
-    cache.partCount = cache.part != nullptr ? kBatchBlocks : 0;
+    new (pages) Chunk{0, nullptr};
+    char* at = static_cast<char*>(pages) + kBytes[size];
+    Block* part = nullptr;
+    for (int i = 1; i <= BlocksOfChunk(size); ++i, at += kBytes[size]) {
+        part = new (at) Block{part, nullptr};
+        if (i % kBatchBlocks == 0) {
+            AddBatch(cache, std::exchange(part, nullptr));
+        }
+    }
+    cache.part = part;
+    cache.partCount = BlocksOfChunk(size) % kBatchBlocks;
+    return true;
+}
+
+/// Brings blocks into `part`, which has none. Returns false when there is no memory.
+bool Refill(Cache& cache, int size) noexcept
+{
+    if (cache.batches != nullptr) {
+        cache.part = cache.batches;
+        cache.batches = cache.part->nextBatch;
+    } else {
+        cache.part = s_pools[size].Take();
+        if (cache.part == nullptr) {
+            return AddChunk(cache, size);
+        }
+    }
+    cache.partCount = kBatchBlocks;
+    return true;
+}
+
+Block* TakeBlock(Cache& cache, int size)
+{
+    if (cache.part == nullptr && !Refill(cache, size)) {
+        throw std::bad_alloc();
+    }
+    --cache.partCount;
+    return std::exchange(cache.part, cache.part->next);
+}
+
+/// Hands the blocks of `batches` to `keep`, except for those of chunks of which none is in use;
+/// these chunks are returned, linked. So many blocks of them are kept as well.
+template <class Keep>
+Chunk* SortOut(Block* batches, int size, int keptBlocks, Keep const& keep) noexcept
+{
+    constexpr int kKept = 0;
+    constexpr int kGoes = -1;
+    auto const forEach = [&](auto const& visit) {
+        for (Block* batch = batches; batch != nullptr;) {
+            Block* const below = batch->nextBatch;
+            for (Block* block = batch; block != nullptr;) {
+                visit(*std::exchange(block, block->next));
+            }
+            batch = below;
+        }
+    };
+    forEach([](Block& block) { ++ChunkOf(&block).freeBlocks; });
+    Chunk* free = nullptr;
+    forEach([&](Block& block) {
+        Chunk& chunk = ChunkOf(&block);
+        if (chunk.freeBlocks == BlocksOfChunk(size) && keptBlocks <= 0) {
+            chunk.freeBlocks = kGoes;
+            chunk.nextFree = std::exchange(free, &chunk);
+        } else if (chunk.freeBlocks != kKept && chunk.freeBlocks != kGoes) {
+            keptBlocks -= chunk.freeBlocks;
+            chunk.freeBlocks = kKept;
+        }
+        if (chunk.freeBlocks == kKept) {
+            keep(block);
+        }
+    });
+    return free;
 }
 
 } // namespace
@@ -141,45 +292,58 @@ void* RecordMemory::Allocate(std::size_t bytes)
         return ::operator new(bytes);
     }
     if (HasCaches()) {
-        Cache& cache = t_caches[size];
-        if (cache.part == nullptr) {
-            Refill(cache, s_pools[size]);
-        }
-        if (cache.part != nullptr) {
-            --cache.partCount;
-            return std::exchange(cache.part, cache.part->next);
-        }
+        return TakeBlock(t_caches[size], size);
     }
-    return ::operator new(kBytes[size]);
+    Cache cache = {};
+    Block* const block = TakeBlock(cache, size);
+    GiveAll(cache, s_pools[size]);
+    return block;
 }
 
 void RecordMemory::Free(void* block, std::size_t bytes) noexcept
 {
     int const size = SizeOf(bytes);
-    if (size == kNoSize || !HasCaches()) {
+    if (size == kNoSize) {
         ::operator delete(block);
-        return;
-    }
-    Cache& cache = t_caches[size];
-    if (cache.partCount == kBatchBlocks) {
-        if (cache.batch != nullptr && !s_pools[size].Give(cache.batch)) {
-            FreeAll(cache.batch);
+    } else if (!HasCaches()) {
+        s_pools[size].GiveLoose(new (block) Block{nullptr, nullptr});
+    } else {
+        Cache& cache = t_caches[size];
+        if (cache.partCount == kBatchBlocks) {
+            AddBatch(cache, std::exchange(cache.part, nullptr));
+            cache.partCount = 0;
+            GiveBatches(cache, s_pools[size]);
         }
-        cache.batch = std::exchange(cache.part, nullptr);
-        cache.partCount = 0;
+        cache.part = new (block) Block{cache.part, nullptr};
+        ++cache.partCount;
     }
-    cache.part = new (block) Block{cache.part};
-    ++cache.partCount;
 }
 
 void RecordMemory::Trim() noexcept
 {
+    static std::atomic_flag s_isTrimming = ATOMIC_FLAG_INIT; // chunks are counted by one at a time
+    if (s_isTrimming.test_and_set(std::memory_order_acquire)) {
+        return;
+    }
     for (int size = 0; size != kSizes; ++size) {
-        int const keep = kTrimmedBytes / kBatchBlocks / static_cast<int>(kBytes[size]);
-        while (Block* batch = s_pools[size].Take(keep)) {
-            FreeAll(batch);
+        Pool& pool = s_pools[size];
+        int const keptBlocks = static_cast<int>(kKeptBytes / kBytes[size]);
+        Block* const batches = pool.TakeAllBut(keptBlocks / kBatchBlocks);
+        Block* part = nullptr;
+        int partCount = 0;
+        Chunk* chunks = SortOut(batches, size, keptBlocks, [&](Block& block) {
+            block.next = std::exchange(part, &block);
+            if (++partCount == kBatchBlocks) {
+                pool.GiveLoose(std::exchange(part, nullptr));
+                partCount = 0;
+            }
+        });
+        pool.GiveLoose(part);
+        while (chunks != nullptr) {
+            RecordPages::Unmap(std::exchange(chunks, chunks->nextFree), kChunkBytes);
         }
     }
+    s_isTrimming.clear(std::memory_order_release);
 }
 
 } // namespace TLog

@@ -6,9 +6,9 @@
 
 namespace TLog {
 
-/// Blocks that go round: those that the writer gives back serve the threads that log. The general
+/// Blocks that go round: those that the writer gives back serve the threads that log. A general
 /// allocator is slow where one thread frees what others allocated. What a burst needed is kept until
-/// `Trim`, at most 256 MiB a size.
+/// `Trim`.
 ///
 /// Thread safety: may be called from any thread, at any time of the process and of the thread, and
 /// in a child made by `fork`. No call waits for another.
@@ -27,7 +27,7 @@ public:
     /// Takes back a block that was asked for with the same `bytes`.
     static void Free(void* block, std::size_t bytes) noexcept;
 
-    /// Gives all but 4 MiB a size back to the general allocator.
+    /// Gives the system back what nobody has used since a burst, all but some 4 MiB a size.
     static void Trim() noexcept;
 };
 

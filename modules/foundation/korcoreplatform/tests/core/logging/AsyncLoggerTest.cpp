@@ -14,10 +14,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -252,6 +256,43 @@ TEST(AsyncLoggerTest, AChannelMayLogAndAskToFlush)
     TLog::Logger::Set(nullptr);
     EXPECT_EQ(KeysOf(*channel), "msg msg ");
     EXPECT_FALSE(isFlushed);
+}
+
+/// What the process has in memory, in bytes.
+long ResidentBytes()
+{
+    std::ifstream file("/proc/self/statm");
+    long all = 0;
+    long resident = 0;
+    file >> all >> resident;
+    return resident * ::sysconf(_SC_PAGESIZE);
+}
+
+TEST(AsyncLoggerTest, TheMemoryOfABurstGoesBackInTheSilenceAfterIt)
+{
+    if (ResidentBytes() == 0) {
+        GTEST_SKIP() << "the system does not tell";
+    }
+    constexpr int kRecords = 200000; // some 50 MB
+    auto const gate = std::make_shared<Gate>();
+    auto logger = std::make_unique<AsyncLogger>(Severity::Trace, TPath());
+    AsyncLogger* const itself = logger.get();
+    logger->AddChannel(gate);
+    TLog::Logger::Set(std::move(logger));
+    for (int i = 0; i != kRecords; ++i) {
+        LogMessage(TLog::NonErrorSeverity(Severity::Info), u"one of many");
+    }
+    long const before = ResidentBytes();
+    gate->open.Signal();
+    EXPECT_TRUE(itself->FlushAndWait(kLongMs));
+    LogMessage(TLog::NonErrorSeverity(Severity::Info), u"and silence");
+    EXPECT_TRUE(gate->flushed.Wait(kLongMs));
+    gate->flushed.Reset();
+    EXPECT_TRUE(gate->flushed.Wait(kLongMs));   // by the writer itself
+    EXPECT_TRUE(itself->FlushAndWait(kLongMs)); // behind what it does then
+    EXPECT_LT(ResidentBytes(), before - 30'000'000);
+    EXPECT_GE(itself->GetCounters().queueHighWater, static_cast<unsigned>(kRecords - 1));
+    TLog::Logger::Set(nullptr);
 }
 
 TEST(AsyncLoggerTest, RecordsOfEachThreadKeepTheirOrder)
