@@ -1,114 +1,102 @@
 #include "Logging.h"
 
+#include "Grouped.h"
 #include "Options.h"
 #include "Output.h"
+#include "Session.h"
 
-#include "korcoreplatform/main/core/logging/Event.h"
-#include "korcoreplatform/main/core/logging/Formatter.h"
-#include "korcoreplatform/main/core/logging/LogMessage.h"
-#include "korcoreplatform/main/core/logging/Logger.h"
+#include "korcoreplatform/main/core/logging/AsyncLogger.h"
+#include "korcoreplatform/main/core/logging/LoggingContext.h"
+#include "korcoreplatform/main/core/logging/RotateFileChannel.h"
+#include "korcoreplatform/main/core/logging/StandardErrorChannel.h"
 #include "korcoreplatform/main/core/runtime/CorePlatformOptions.h"
+#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/main/string/TString.h"
+#include "korsys/main/error/KorvelException.h"
 
-#include <QString>
-
-#include <memory>
-#include <mutex>
-#include <string>
-#include <typeinfo>
+#include <chrono>
+#include <filesystem>
+#include <system_error>
+#include <utility>
 
 namespace TextCensus {
 namespace {
 
-using TLog::AccessLevel;
-using TLog::Channel;
-using TLog::Event;
-using TLog::Filter;
-using TLog::Severity;
+constexpr unsigned long kMaxFileMB = 64;
+constexpr std::chrono::seconds kMaxUnflushedAge(1);
+constexpr int kFinishMs = 10'000;
 
-/// Writes each record at once to standard error. Knows no filters and channels.
-///
-/// Thread safety: safe from any thread.
-class StderrLogger final : public TLog::Logger
+std::shared_ptr<TLog::SizeRotateFileChannel> OpenLogFile(TPath const& folder)
 {
-public:
-    StderrLogger(Severity minimal, TPath const& configPath) : Logger(minimal, configPath)
-    {
-        DecideByMinimalSeverity(typeid(StderrLogger));
-    }
+    std::error_code ignored; // opening the file tells
+    std::filesystem::create_directories(folder.NativeString().toStdString(), ignored);
+    auto file =
+        std::make_shared<TLog::SizeRotateFileChannel>(folder / u"textcensus.log", kMaxFileMB);
+    file->Open();
+    return file;
+}
 
-    void AddFilter(std::shared_ptr<Filter>) override {}
-    void RemoveFilter(std::shared_ptr<Filter>) override {}
-    void AddChannel(std::shared_ptr<Channel>) override {}
-    void RemoveChannel(std::shared_ptr<Channel>) override {}
-
-    void Log(Severity severity, Event const& event) override
-    {
-        Write(AccessLevel::Standard, severity, event);
-    }
-    void Log(Severity severity, Event&& event) override
-    {
-        Write(AccessLevel::Standard, severity, event);
-    }
-    void Log(AccessLevel accessLevel, Severity severity, Event const& event) override
-    {
-        Write(accessLevel, severity, event);
-    }
-    void Log(AccessLevel accessLevel, Severity severity, Event&& event) override
-    {
-        Write(accessLevel, severity, event);
-    }
-    void Log(LogDetail::LogDetailEnums, Severity severity, Event const& event) override
-    {
-        Write(AccessLevel::Standard, severity, event);
-    }
-    void Log(LogDetail::LogDetailEnums, Severity severity, Event&& event) override
-    {
-        Write(AccessLevel::Standard, severity, event);
-    }
-    void Log(AccessLevel accessLevel, LogDetail::LogDetailEnums, Severity severity,
-             Event const& event) override
-    {
-        Write(accessLevel, severity, event);
-    }
-    void Log(AccessLevel accessLevel, LogDetail::LogDetailEnums, Severity severity,
-             Event&& event) override
-    {
-        Write(accessLevel, severity, event);
-    }
-
-    void Flush() override {}
-
-private:
-    void Write(AccessLevel accessLevel, Severity severity, Event const& event)
-    {
-        std::lock_guard<std::mutex> const lock(m_mutex);
-        m_line.clear();
-        m_formatter.AppendLine(m_line, accessLevel, severity, event);
-        WriteToStandardError(m_line);
-    }
-
-    std::mutex m_mutex;
-    TLog::Formatter m_formatter; ///< Guarded by `m_mutex`, as is the line.
-    std::string m_line;
-};
-
-void LogQtMessage(QtMsgType, QMessageLogContext const&, QString const& message)
+TLog::Severity MinimalSeverity(Options const& options)
 {
-    LogMessage(TLog::NonErrorSeverity(Severity::Warn), TString(message));
+    if (options.verbose) {
+        return TLog::Severity::Debug;
+    }
+    return options.logFolder.IsEmpty() ? TLog::Severity::Warn : TLog::Severity::Info;
+}
+
+std::unique_ptr<TLog::AsyncLogger> MakeLogger(Options const& options)
+{
+    try {
+        return std::make_unique<TLog::AsyncLogger>(MinimalSeverity(options), options.logConfig);
+    } catch (KorvelException& failure) {
+        failure.StackMessageFront(TFormat(u"%1 cannot configure the log", options.logConfig));
+        throw;
+    }
 }
 
 } // namespace
 
-void StartLogging(Options const& options)
+Logging::Logging(Options const& options)
 {
-    qInstallMessageHandler(LogQtMessage);
-    if (options.IsLogging()) {
-        Severity const minimal = options.verbose ? Severity::Debug : Severity::Warn;
-        TLog::Logger::Set(std::make_unique<StderrLogger>(minimal, options.logConfig));
-        CorePlatformOptions::SetIsSeverityPerLogDetailOn([] { return true; });
-        (*TLog::Logger::Get())->LogStartupProblems();
+    if (!options.IsLogging()) {
+        return;
     }
+    InstallSessions();
+    TLog::SetLoggingContextEnabled(true);
+    CorePlatformOptions::SetIsSeverityPerLogDetailOn([] { return true; });
+
+    std::unique_ptr<TLog::AsyncLogger> logger = MakeLogger(options);
+    if (options.logFolder.IsEmpty()) {
+        logger->AddChannel(std::make_shared<TLog::StandardErrorChannel>());
+    } else {
+        m_file = OpenLogFile(options.logFolder);
+        logger->AddChannel(m_file);
+        logger->SetMaximumUnflushedAge(kMaxUnflushedAge);
+    }
+    m_logger = logger.get();
+    TLog::Logger::Set(std::move(logger));
+    m_logger->LogStartupProblems();
+}
+
+Logging::~Logging()
+{
+    TLog::Logger::Set(nullptr);
+}
+
+void Logging::Finish()
+{
+    if (m_file == nullptr) {
+        TLog::Logger::Set(nullptr);
+        return;
+    }
+    m_logger->FlushAndWait(kFinishMs); // what it wrote is counted then
+    TLog::AsyncLogger::Counters const counters = m_logger->GetCounters();
+    TLog::Logger::Set(nullptr);
+    WriteToStandardError(TFormat(u"textcensus: %1 records logged, %2 lost; to read them:\n"
+                                 u"  jq -c '[.ts, .sev, .ctx.worker, .k, .v]' '%3'\n",
+                                 Grouped(counters.written), Grouped(counters.lost),
+                                 m_file->GetPath()));
+    m_file.reset(); // closes it
 }
 
 } // namespace TextCensus

@@ -2,10 +2,14 @@
 
 #include "korcoreplatform/main/string/TFormatString.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <thread>
 
 namespace TextCensus {
 namespace {
+
+constexpr unsigned int kMostJobs = 256;
 
 /// Goes through the arguments one by one.
 class Reader
@@ -36,8 +40,12 @@ private:
             m_result.options.json = true;
         } else if (word == u"--verbose") {
             m_result.options.verbose = true;
+        } else if (word == u"--jobs") {
+            m_result.options.jobs = ReadJobs(word);
+        } else if (word == u"--log") {
+            m_result.options.logFolder = ReadArgument(word, u"a folder");
         } else if (word == u"--log-config") {
-            m_result.options.logConfig = ReadFile(word);
+            m_result.options.logConfig = ReadArgument(word, u"a file");
         } else if (word == u"--help" || word == u"-h") {
             m_result.options.help = true;
         } else {
@@ -45,13 +53,24 @@ private:
         }
     }
 
-    TPath ReadFile(TString const& option)
+    TString ReadArgument(TString const& option, char16_t const* kind)
     {
         if (m_next == m_arguments.size() || m_arguments[m_next].isEmpty()) {
-            m_result.problem = TFormat(u"%1 needs a file", option);
-            return TPath();
+            m_result.problem = TFormat(u"%1 needs %2", option, kind);
+            return TString();
         }
         return m_arguments[m_next++];
+    }
+
+    unsigned int ReadJobs(TString const& option)
+    {
+        TString const kind = TFormat(u"a number from 0 to %1", kMostJobs);
+        bool isNumber = false;
+        unsigned int const jobs = ReadArgument(option, kind.constData()).toUInt(&isNumber);
+        if (!isNumber || jobs > kMostJobs) {
+            m_result.problem = TFormat(u"%1 needs %2", option, kind);
+        }
+        return jobs > 0 ? jobs : std::max(1U, std::thread::hardware_concurrency());
     }
 
     std::vector<TString> const& m_arguments;
@@ -88,9 +107,12 @@ TString HelpText()
            u"\n"
            u"  --json             print the report as one JSON object, with every file that the\n"
            u"                     table only counts\n"
+           u"  --jobs N           count with N threads (default: 1); 0: one a processor\n"
+           u"  --log DIR          log from info on, into a file in DIR: textcensus_TIME.log\n"
            u"  --verbose          log from debug on\n"
-           u"  --log-config FILE  log from warn on, and each category of records from the\n"
-           u"                     severity that FILE names: {\"ListFilesTimings\": \"debug\"}\n"
+           u"  --log-config FILE  log each category of records from the severity that FILE names,\n"
+           u"                     as examples/textcensus/log-config.json does; the others,\n"
+           u"                     without --log and --verbose, from warn on\n"
            u"  -h, --help         print this text\n"
            u"  --                 take everything that follows as a path\n"
            u"\n"
@@ -100,14 +122,17 @@ TString HelpText()
            u"UTF-8 cannot be read. A code unit is 16 bits of UTF-16; a line ends at LF, CR LF or\n"
            u"CR, and its length is without them.\n"
            u"\n"
-           u"The log goes to standard error, one JSON object a line: the start, each folder with\n"
-           u"the time it took (category ListFilesTimings), what could not be read, the sums of\n"
-           u"each phase. Without --verbose and --log-config nothing is logged; with them no\n"
-           u"progress is shown. Severities are trace, debug, info, warn, error, fatal and off.\n"
+           u"The log tells the start, each folder (debug) and file (trace) with the time it took,\n"
+           u"both in the category ListFilesTimings, what could not be read, and the sums of each\n"
+           u"phase and thread. In DIR it is one JSON object a line; the end of the run shows how\n"
+           u"to read it. Without --log it goes to standard error, as lines for people, and no\n"
+           u"progress is shown. Without any of the three options nothing is logged. Severities\n"
+           u"are trace, debug, info, warn, error, fatal and off.\n"
            u"\n"
            u"Exit status: 0; 1 when something could not be read (it is listed, the rest is\n"
-           u"counted) or the report not be written; 2 when the command line is wrong, or the\n"
-           u"severities in FILE are no texts.\n";
+           u"counted) or the report not be written; 2 when the command line is wrong, DIR cannot "
+           u"be\n"
+           u"written to, or the severities in FILE are no texts.\n";
 }
 
 } // namespace TextCensus

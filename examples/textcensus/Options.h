@@ -15,10 +15,13 @@ struct Options
     bool help = false;
     bool json = false;
     bool verbose = false;
-    TPath logConfig;          ///< Empty when none was named.
+    unsigned int jobs = 1;    ///< Threads that count; never 0.
+    TPath logFolder;          ///< Empty when none was named, as the next one.
+    TPath logConfig;          ///< A file.
     std::vector<TPath> roots; ///< Files and folders to count, in the order named.
 
-    bool IsLogging() const { return verbose || !logConfig.IsEmpty(); }
+    bool IsLogging() const { return verbose || !logFolder.IsEmpty() || !logConfig.IsEmpty(); }
+    bool IsLogOnStandardError() const { return IsLogging() && logFolder.IsEmpty(); }
 };
 
 /// A command line that was read.

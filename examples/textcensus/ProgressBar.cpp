@@ -5,6 +5,8 @@
 
 #include "korcoreplatform/main/string/TFormatString.h"
 
+#include <algorithm>
+
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -41,7 +43,8 @@ void ProgressBar::ShowListing(std::size_t found)
 void ProgressBar::ShowCounting(std::size_t done, std::size_t total, std::uint64_t bytes)
 {
     if (IsDue(done == 0)) {
-        TString const filled(u'#', static_cast<int>(done * kBarWidth / total));
+        std::size_t const divisor = std::max<std::size_t>(total, 1);
+        TString const filled(u'#', static_cast<int>(done * kBarWidth / divisor));
         Draw(TFormat(u"[%1] %2 of %3 files, %4 MiB", filled.leftJustified(kBarWidth, u'.'),
                      Grouped(done), Grouped(total), Grouped(bytes >> 20)));
     }

@@ -22,6 +22,8 @@ struct Counts
     std::uint64_t bytes = 0;
     std::uint64_t codeUnits = 0;
     std::uint64_t lines = 0;
+
+    Counts& operator+=(Counts const& other);
 };
 
 /// A file whose bytes are not all text in its encoding.
@@ -41,8 +43,10 @@ struct Group
 /// The census of all files: groups, of which each array adds up to `all`, and what stands out.
 struct Totals
 {
-    /// Throws: `std::bad_alloc`.
+    // Both throw `std::bad_alloc`.
+
     void Add(TPath const& path, TextCount const& count);
+    void Append(Totals const& next); ///< Of files that come behind those counted here.
 
     Counts all;
     /// In the order of `EncodingType`, `byMark` as well.

@@ -1,20 +1,19 @@
 // textcensus: counts the text in files and below folders. See Options.cpp for its command line.
 
-#include "FileBytes.h"
+#include "FileCount.h"
 #include "FileWalk.h"
 #include "JsonReport.h"
 #include "Logging.h"
 #include "Options.h"
 #include "Output.h"
+#include "Phase.h"
 #include "ProgressBar.h"
 #include "TableReport.h"
-#include "TextCount.h"
 #include "Totals.h"
 #include "Unreadable.h"
 
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
-#include "korcoreplatform/main/core/system/TElapsedTimer.h"
 #include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/main/string/TString.h"
 #include "korsys/main/error/KorvelException.h"
@@ -24,10 +23,8 @@
 #include <csignal>
 #include <cstddef>
 #include <exception>
-#include <new>
+#include <optional>
 #include <system_error>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace TextCensus {
@@ -42,70 +39,30 @@ void Complain(TString const& what)
     WriteToStandardError(TFormat(u"textcensus: %1\n", what));
 }
 
-void LogInfo(char16_t const* key, std::unordered_map<TString, TString> const& pairs)
-{
-    LogMessage(TLog::NonErrorSeverity(TLog::Severity::Info), key, pairs);
-}
-
-TString Milliseconds(TElapsedTimer const& timer)
-{
-    return TString::number(timer.ElapsedMsec(), 'f', 3);
-}
-
-/// Adds the file to the totals, to the unreadable ones if that is what it is.
-void CountFile(TPath const& path, FileBytes& bytes, Totals& totals)
-{
-    try {
-        bytes.Read(path);
-        totals.Add(path, CountText(bytes.Data(), bytes.Size()));
-    } catch (KorvelException const& failure) {
-        AddUnreadable(totals.unreadable, path, failure);
-    } catch (std::system_error const& failure) {
-        AddUnreadable(totals.unreadable, path, TString::fromUtf8(failure.what()));
-    } catch (std::bad_alloc const&) {
-        AddUnreadable(totals.unreadable, path, u"Not enough memory for it");
-    }
-}
-
 FileList FindFiles(std::vector<TPath> const& roots, ProgressBar& progress)
 {
-    TElapsedTimer const timer(true);
+    Phase phase(u"files-listed");
     FileList list =
         ListFiles(roots, [&progress](std::size_t found) { progress.ShowListing(found); });
-    LogInfo(u"files-listed", {{u"files", TString::number(list.files.size())},
-                              {u"skipped", TString::number(list.skipped)},
-                              {u"unreadable", TString::number(list.unreadable.size())},
-                              {u"milliseconds", Milliseconds(timer)}});
+    phase.Note(u"files", list.files.size());
+    phase.Note(u"skipped", list.skipped);
+    phase.Note(u"unreadable", list.unreadable.size());
     return list;
-}
-
-void CountFiles(std::vector<TPath> const& files, ProgressBar& progress, Totals& totals)
-{
-    TElapsedTimer const timer(true);
-    FileBytes bytes;
-    std::size_t done = 0;
-    for (TPath const& path : files) {
-        progress.ShowCounting(done++, files.size(), totals.all.bytes);
-        CountFile(path, bytes, totals);
-    }
-    LogInfo(u"files-counted", {{u"files", TString::number(totals.all.files)},
-                               {u"bytes", TString::number(totals.all.bytes)},
-                               {u"code-units", TString::number(totals.all.codeUnits)},
-                               {u"lines", TString::number(totals.all.lines)},
-                               {u"unreadable", TString::number(totals.unreadable.size())},
-                               {u"milliseconds", Milliseconds(timer)}});
 }
 
 Totals TakeCensus(Options const& options)
 {
-    ProgressBar progress(!options.IsLogging());
+    ProgressBar progress(!options.IsLogOnStandardError());
     FileList list = FindFiles(options.roots, progress);
-    Totals totals;
-    totals.unreadable = std::move(list.unreadable);
-    totals.skipped = list.skipped;
-    CountFiles(list.files, progress, totals);
-    std::sort(totals.unreadable.begin(), totals.unreadable.end(),
+    TString const roots = TString::join({options.roots.begin(), options.roots.end()}, u' ');
+    Totals totals = CountFiles(list.files, options.jobs, roots, [&](Progress const& done) {
+        progress.ShowCounting(done.files, list.files.size(), done.bytes);
+    });
+    std::vector<Unreadable>& unreadable = totals.unreadable;
+    unreadable.insert(unreadable.end(), list.unreadable.begin(), list.unreadable.end());
+    std::sort(unreadable.begin(), unreadable.end(),
               [](Unreadable const& a, Unreadable const& b) { return a.path < b.path; });
+    totals.skipped = list.skipped;
     return totals;
 }
 
@@ -127,6 +84,13 @@ int RefuseUsage(TString const& problem)
     return kWrongUsage;
 }
 
+int ReportCensus(Options const& options)
+{
+    Totals const totals = TakeCensus(options);
+    int const status = WriteReport(options.json ? JsonReport(totals) : TableReport(totals));
+    return totals.unreadable.empty() ? status : kFailure;
+}
+
 int Run(std::vector<TString> const& arguments)
 {
     CommandLine const commandLine = ReadCommandLine(arguments);
@@ -137,15 +101,17 @@ int Run(std::vector<TString> const& arguments)
     if (options.help) {
         return WriteReport(HelpText());
     }
+    std::optional<Logging> logging;
     try {
-        StartLogging(options);
+        logging.emplace(options);
     } catch (KorvelException const& failure) {
-        return RefuseUsage(TFormat(u"%1: %2", options.logConfig, failure.GetMessagesFront()));
+        return RefuseUsage(failure.CollateMessagesForLog());
     }
-    LogInfo(u"census-started", {{u"arguments", TString::join(arguments, u' ')}});
-    Totals const totals = TakeCensus(options);
-    int const status = WriteReport(options.json ? JsonReport(totals) : TableReport(totals));
-    return totals.unreadable.empty() ? status : kFailure;
+    LogMessage(TLog::NonErrorSeverity(TLog::Severity::Info), u"census-started",
+               {{u"arguments", TString::join(arguments, u' ')}});
+    int const status = ReportCensus(options);
+    logging->Finish();
+    return status;
 }
 
 } // namespace

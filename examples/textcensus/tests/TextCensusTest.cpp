@@ -6,8 +6,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sys/stat.h>
@@ -51,16 +56,41 @@ std::vector<std::string> Paths(Json const& list)
     return paths;
 }
 
-/// The log in what went to standard error; fails the test when a line is not JSON.
-std::vector<Json> Records(std::string const& lines)
+/// The records of the only log in the folder "log", which is then removed. Fails the test when a
+/// line is not JSON; without a log there are none.
+std::vector<Json> TakeLog(ScratchFolder const& folder)
 {
     std::vector<Json> records;
-    std::istringstream stream(lines);
-    for (std::string line; std::getline(stream, line);) {
-        records.push_back(Json::parse(line, nullptr, false));
-        EXPECT_TRUE(records.back().is_object()) << line;
+    fs::path const logs = folder.Path() / "log";
+    if (fs::exists(logs)) {
+        std::ifstream file(fs::directory_iterator(logs)->path());
+        for (std::string line; std::getline(file, line);) {
+            records.push_back(Json::parse(line, nullptr, false));
+            EXPECT_TRUE(records.back().is_object()) << line;
+        }
+        fs::remove_all(logs);
     }
     return records;
+}
+
+/// The configuration beside the program's sources.
+std::string LogConfig()
+{
+    return fs::path(__FILE__).parent_path().parent_path() / "log-config.json";
+}
+
+/// The severity and the key of each line for people, "Warn excp".
+std::vector<std::string> Heads(std::string const& lines)
+{
+    std::vector<std::string> heads;
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        std::istringstream words(line);
+        std::string time, severity, key;
+        words >> time >> severity >> key;
+        heads.push_back(severity.append(" ").append(key));
+    }
+    return heads;
 }
 
 TEST(TextCensusTest, EachKindOfTextIsToldApart)
@@ -323,6 +353,10 @@ TEST(TextCensusTest, CommandLinesAreUnderstoodOrRefused)
         {__LINE__, {"--50%"}, 2, "textcensus: unknown option: --50%", ""},
         {__LINE__, {"file", "--log-config"}, 2, "textcensus: --log-config needs a file\n", ""},
         {__LINE__, {"--log-config", "", "file"}, 2, "textcensus: --log-config needs a file\n", ""},
+        {__LINE__, {"file", "--log"}, 2, "textcensus: --log needs a folder\n", ""},
+        {__LINE__, {"file", "--jobs"}, 2, "textcensus: --jobs needs a number from 0 to 256\n", ""},
+        {__LINE__, {"--jobs", "257", "file"}, 2, "textcensus: --jobs needs a number from 0", ""},
+        {__LINE__, {"--jobs", "file"}, 2, "textcensus: --jobs needs a number from 0", ""},
         {__LINE__, {"--log-config", "file"}, 2, "textcensus: name at least one", ""},
         {__LINE__, {"--help"}, 0, "", help},
         {__LINE__, {"file", "-h"}, 0, "", help},
@@ -346,33 +380,33 @@ TEST(TextCensusTest, CommandLinesAreUnderstoodOrRefused)
 
 TEST(TextCensusTest, TheLogHoldsWhatItsOptionsLetThrough)
 {
-    using Keys = std::vector<std::string>;
+    using Texts = std::vector<std::string>;
     struct Case
     {
         int line;
-        std::vector<std::string> options;
+        Texts options;
         std::string config; ///< What the file "config" holds.
-        Keys keys;          ///< Of the records.
+        Texts heads;        ///< Of the lines on standard error.
     };
     Case const cases[] = {
         {__LINE__, {}, "", {}},
         {__LINE__,
          {"--verbose"},
          "",
-         {"census-started", "folder-listed", "folder-listed", "files-listed", "unreadable",
-          "files-counted"}},
+         {"Info census-started", "Debug folder-listed", "Debug folder-listed", "Info files-listed",
+          "Warn excp", "Info worker-finished", "Info files-counted"}},
         {__LINE__,
          {"--log-config", "config"},
          R"({"listFilesTimings": "DEBUG", "Network": "off"})",
-         {"folder-listed", "folder-listed", "unreadable"}},
-        {__LINE__, {"--log-config", "config"}, R"({"ListFilesTimings": "info"})", {"unreadable"}},
+         {"Debug folder-listed", "Debug folder-listed", "Warn excp"}},
         {__LINE__,
          {"--log-config", "config", "--verbose"},
          R"({"ListFilesTimings": "off"})",
-         {"census-started", "files-listed", "unreadable", "files-counted"}},
-        {__LINE__, {"--log-config", "config"}, "", {"unreadable"}},
-        {__LINE__, {"--log-config", "config"}, R"({"Network":)", {"msg", "unreadable"}},
-        {__LINE__, {"--log-config", "nowhere"}, "", {"msg", "unreadable"}},
+         {"Info census-started", "Info files-listed", "Warn excp", "Info worker-finished",
+          "Info files-counted"}},
+        {__LINE__, {"--log-config", "config"}, "", {"Warn excp"}},
+        {__LINE__, {"--log-config", "config"}, R"({"Network":)", {"Warn Unable", "Warn excp"}},
+        {__LINE__, {"--log-config", "nowhere"}, "", {"Warn Unable", "Warn excp"}},
     };
     ScratchFolder const folder;
     folder.Write("top/file", "a\nb\n");
@@ -382,67 +416,131 @@ TEST(TextCensusTest, TheLogHoldsWhatItsOptionsLetThrough)
     for (Case const& c : cases) {
         SCOPED_TRACE(c.line);
         folder.Write("config", c.config);
-        std::vector<std::string> arguments = c.options;
+        Texts arguments = c.options;
         arguments.push_back("top");
         Outcome const outcome = RunProgram(folder.Path(), arguments);
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.out, report);
-        Keys keys;
-        for (Json const& record : Records(outcome.err)) {
-            keys.push_back(record["k"]);
-        }
-        EXPECT_EQ(keys, c.keys) << outcome.err;
+        EXPECT_EQ(Heads(outcome.err), c.heads) << outcome.err;
     }
-
-    folder.Write("config", R"({"Network": 3})");
-    Outcome const refused = RunProgram(folder.Path(), {"--log-config", "config", "top"});
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_EQ(refused.out, "");
-    EXPECT_EQ(refused.err.rfind("textcensus: config: Expected a value of type string.\nusage: ", 0),
-              0u)
-        << refused.err;
 }
 
-TEST(TextCensusTest, TheLogTellsWhatHappened)
+TEST(TextCensusTest, ALogThatCannotBeWrittenIsRefused)
+{
+    ScratchFolder const folder;
+    folder.Write("config", R"({"Network": 3})");
+    for (auto const& [options, error] :
+         {std::pair(
+              std::vector<std::string>{"--log-config", "config"},
+              "textcensus: config cannot configure the log | Expected a value of type string."),
+          {{"--log", "config/below"}, "textcensus: Creating logfile config/below/textcensus_"}}) {
+        std::vector<std::string> arguments = options;
+        arguments.push_back("config");
+        Outcome const outcome = RunProgram(folder.Path(), arguments);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(outcome.err.rfind(error, 0), 0u) << outcome.err;
+        EXPECT_NE(outcome.err.find("\nusage: "), std::string::npos) << outcome.err;
+    }
+}
+
+TEST(TextCensusTest, TheLogFileTellsWhatHappened)
 {
     ScratchFolder const folder;
     folder.Write("top/file", "a\nb\n");
-    Outcome const outcome = RunProgram(folder.Path(), {"--verbose", "top", "missing", ""},
-                                       Stdout::Captured, Stderr::Terminal);
-    // A terminal shows the records alone, and Qt's warning of the empty name as one of them.
-    std::vector<Json> const records = Records(outcome.err);
-    ASSERT_EQ(records.size(), 7u) << outcome.err;
+    Outcome const outcome = RunProgram(
+        folder.Path(), {"--log", "log", "--log-config", LogConfig(), "top", "missing", ""});
+    std::string const summary = "textcensus: 9 records logged, 0 lost; to read them:\n  jq -c ";
+    EXPECT_EQ(outcome.err.substr(0, summary.size()), summary);
+
+    std::vector<Json> const records = TakeLog(folder);
     struct Case
     {
-        std::size_t index;
         char const* severity;
-        char const* expected; ///< Members of the record's value.
-        char const* error;    ///< The id, empty when there is none.
+        char const* key;
+        char const* values; ///< Members of the record's value.
+        char const* error;  ///< The id, empty when there is none.
     };
     Case const cases[] = {
-        {0, "info", R"({"arguments": "--verbose top missing "})", ""},
-        {1, "debug", R"({"path": "top", "entries": "1"})", ""},
-        {2, "info", R"({"files": "3", "skipped": "0", "unreadable": "0"})", ""},
-        {4, "warn", R"({"path": "", "reason": "Unable to open file '': No file name specified"})",
+        {"info", "open-log", "{}", ""},
+        {"info", "census-started", "{}", ""},
+        {"debug", "folder-listed", R"({"path": "top", "entries": "1"})", ""},
+        {"info", "files-listed", R"({"files": 3, "skipped": 0, "unreadable": 0})", ""},
+        {"warn", "qt", R"({"msg": "QFSFileEngine::open: No file name specified"})", ""},
+        {"warn", "excp",
+         R"({"path": "", "excp-msg": "Unable to open file '': No file name specified"})",
          "TIOException_AutoGen_0x3DE8E9E4"},
-        {5, "warn",
-         R"({"path": "missing",
-             "reason": "Unable to open file 'missing': No such file or directory"})",
+        {"warn", "excp",
+         R"({"path": "missing", "msg": "unreadable", "excp-type": "TIO::Exception",
+             "excp-msg": "Unable to open file 'missing': No such file or directory"})",
          "TIOException_AutoGen_0x3DE8E9E4"},
-        {6, "info",
-         R"({"files": "1", "bytes": "4", "code-units": "4", "lines": "2", "unreadable": "2"})", ""},
+        {"trace", "file-counted", R"({"path": "top/file", "bytes": "4"})", ""},
+        {"info", "worker-finished", R"({"files": 3})", ""},
+        {"info", "files-counted",
+         R"({"files": 1, "bytes": 4, "code-units": 4, "lines": 2, "unreadable": 2})", ""},
+        {"info", "close-log", "{}", ""},
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.index);
-        Json const& record = records[c.index];
+    ASSERT_EQ(records.size(), std::size(cases)) << Json(records).dump(1);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        Case const& c = cases[i];
+        Json const& record = records[i];
+        SCOPED_TRACE(record);
         EXPECT_EQ(record["sev"], c.severity);
-        Json const expected = Json::parse(c.expected);
-        for (auto const& [name, value] : expected.items()) {
-            EXPECT_EQ(record["v"].value(name, "(missing)"), value) << record;
-        }
-        EXPECT_EQ(record.value("/e/excp-error-code"_json_pointer, ""), c.error) << record;
+        EXPECT_EQ(record["k"], c.key);
+        Json values = record["v"];
+        values.merge_patch(Json::parse(c.values));
+        EXPECT_EQ(record["v"], values);
+        EXPECT_EQ(record.value("/e/excp-error-code"_json_pointer, ""), c.error);
     }
-    EXPECT_EQ(records[3]["k"], "msg");
+}
+
+TEST(TextCensusTest, TheReportDoesNotDependOnTheNumberOfJobs)
+{
+    ScratchFolder const folder;
+    int const files = 1500; // more than one a batch
+    for (int i = 0; i < files; ++i) {
+        std::string const name = "top/" + std::to_string(i % 7) + "/" + std::to_string(i);
+        // Many lines of the same length, files with as many replacements, some unreadable.
+        folder.Write(name, std::string(i % 50, 'x') + (i % 3 == 0 ? "\xFF\r\n" : "\n"));
+        if (i % 100 == 0) {
+            fs::create_symlink("nowhere", folder.Path() / (name + "-link"));
+        }
+    }
+    std::vector<std::string> const replaced =
+        Paths(Report(folder, {"--jobs", "4", "top"}, 1)["replacedFiles"]);
+    EXPECT_EQ(replaced.size(), std::size_t(files / 3));
+    EXPECT_TRUE(std::is_sorted(replaced.begin(), replaced.end()));
+    for (std::string const format : {"--json", "--"}) { // "--": the table
+        Outcome const one = RunProgram(folder.Path(), {"--jobs", "1", format, "top"});
+        EXPECT_GT(one.out.size(), 1000u) << one.err;
+        for (char const* jobs : {"4", "0"}) {
+            Outcome const other = RunProgram(folder.Path(), {"--jobs", jobs, format, "top"});
+            EXPECT_EQ(other.out, one.out) << jobs;
+            EXPECT_EQ(other.status, one.status);
+        }
+    }
+
+    RunProgram(folder.Path(), {"--jobs", "4", "--log", "log", "top"});
+    std::map<std::string, std::string> workers; // by session
+    int counted = 0;
+    for (Json const& record : TakeLog(folder)) {
+        if (record.contains("ctx")) {
+            EXPECT_EQ(record["ctx"]["roots"], "top");
+            auto const worker = workers.emplace(record["sess"], record["ctx"]["worker"]).first;
+            EXPECT_EQ(worker->second, record["ctx"]["worker"]);
+            counted += record["k"] == "worker-finished" ? record["v"]["files"].get<int>() : 0;
+        } else {
+            EXPECT_EQ(record["sess"], "-") << record;
+            EXPECT_NE(record["k"], "excp");
+        }
+    }
+    std::set<std::string> numbers;
+    for (auto const& [session, worker] : workers) {
+        numbers.insert(worker);
+    }
+    EXPECT_EQ(workers.size(), 4u);
+    EXPECT_EQ(numbers, (std::set<std::string>{"1", "2", "3", "4"}));
+    EXPECT_EQ(counted, files + files / 100);
 }
 
 TEST(TextCensusTest, AReportThatCannotBeWrittenIsAFailure)

@@ -7,8 +7,8 @@
 namespace TLog {
 
 /// Blocks that go round: those that the writer gives back serve the threads that log. A general
-/// allocator is slow where one thread frees what others allocated. What a burst needed is kept until
-/// `Trim`.
+/// allocator is slow where one thread frees what others allocated. What a burst needed is kept
+/// until `Trim`.
 ///
 /// Thread safety: may be called from any thread, at any time of the process and of the thread, and
 /// in a child made by `fork`. No call waits for another.

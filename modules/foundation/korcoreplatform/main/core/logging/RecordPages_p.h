@@ -7,8 +7,8 @@
 namespace TLog {
 namespace RecordPages {
 
-/// `bytes` bytes, populated, aligned to `bytes`, which is a power of two of at least a page. Null when
-/// there is no memory.
+/// `bytes` bytes, populated, aligned to `bytes`, which is a power of two of at least a page. Null
+/// when there is no memory.
 void* Map(std::size_t bytes) noexcept;
 
 /// Has the system bring in all pages at once, where it knows how to.

@@ -52,9 +52,9 @@ public:
     explicit NonErrorSeverity(Severity severity) noexcept : AnySeverity(severity) {}
 };
 
-/// "Trace", "Debug", "Info", "Warn", "Error", "Fatal", "Off", "LogDetail"; "Off" for a value that is
-/// none of these. The text lives as long as the process.
-/// Thread safety: may be called from any thread, as may `SeverityFromString`.
+/// "Trace", "Debug", "Info", "Warn", "Error", "Fatal", "Off", "LogDetail"; "Off" for a value that
+/// is none of these. The text lives as long as the process. Thread safety: may be called from any
+/// thread, as may `SeverityFromString`.
 KORCOREPLATFORM_EXPORT TString const& SeverityToString(Severity severity);
 
 /// Reads such a name in any letter case; any other text is `Severity::Off`.

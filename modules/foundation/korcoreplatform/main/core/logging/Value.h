@@ -83,11 +83,10 @@ public:
 
     /// A pointer would become a truth value, another integer any of the kinds: say
     /// `Literal::String`, `Literal::Int`.
-    template <class Other,
-              class = std::enable_if_t<std::is_pointer_v<std::decay_t<Other>>
-                                       || (std::is_integral_v<Other>
-                                           && !std::is_same_v<Other, long long>
-                                           && !std::is_same_v<Other, bool>)>>
+    template <class Other, class = std::enable_if_t<std::is_pointer_v<std::decay_t<Other>> ||
+                                                    (std::is_integral_v<Other> &&
+                                                     !std::is_same_v<Other, long long> &&
+                                                     !std::is_same_v<Other, bool>)>>
     explicit Literal(Other) = delete;
 
     static std::shared_ptr<Value> String(TString const& text);

@@ -54,8 +54,8 @@ struct CoreThreadContext::InjectedHooks
 
 std::atomic<bool> CoreThreadContext::s_isHookInstalled{false};
 
-/// The hooks themselves are never destroyed, as another thread may be in one. From the exit handlers
-/// on there is no session: what a hook looks at may be gone.
+/// The hooks themselves are never destroyed, as another thread may be in one. From the exit
+/// handlers on there is no session: what a hook looks at may be gone.
 CoreThreadContext::InjectedHooks& CoreThreadContext::Hooks()
 {
     static InjectedHooks& s_hooks = *new InjectedHooks;

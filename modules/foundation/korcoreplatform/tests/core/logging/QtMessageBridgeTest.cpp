@@ -52,6 +52,7 @@ public:
 class TalkingLogger : public RecordingLogger
 {
 public:
+    using RecordingLogger::Log;
     using RecordingLogger::RecordingLogger;
 
     void Log(Severity severity, TLog::Event&& event) override
