@@ -116,35 +116,47 @@ function(kor_add_library module)
 endfunction()
 
 # kor_add_tests(<module> LINK <targets>): <module>_tests from every *Test.cpp of the module. A file
-# named *ProcessTest.cpp changes its process for good and becomes a program of its own.
+# named *ProcessTest.cpp changes its process for good and becomes a program of its own, and so does
+# one named *SoakTest.cpp, which takes long and has the label "soak".
 function(kor_add_tests module)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
     set(folder "${KOR_INCLUDE_ROOT}/${module}/tests")
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${folder}/*Test.cpp")
     file(GLOB support CONFIGURE_DEPENDS "${folder}/support/*.cpp")
-    set(process_sources ${sources})
-    list(FILTER process_sources INCLUDE REGEX "ProcessTest\\.cpp$")
-    list(FILTER sources EXCLUDE REGEX "ProcessTest\\.cpp$")
+    set(own_sources ${sources})
+    list(FILTER own_sources INCLUDE REGEX "(Process|Soak)Test\\.cpp$")
+    list(FILTER sources EXCLUDE REGEX "(Process|Soak)Test\\.cpp$")
     if(sources)
         kor_add_test_program(${module}_tests ${module} "${sources};${support}" "${arg_LINK}")
     endif()
-    foreach(source IN LISTS process_sources)
+    foreach(source IN LISTS own_sources)
         get_filename_component(name "${source}" NAME_WE)
-        kor_add_test_program(${module}_${name} ${module} "${source};${support}" "${arg_LINK}")
+        set(properties "")
+        if(name MATCHES "SoakTest$")
+            set(properties LABELS soak TIMEOUT 900)
+        endif()
+        kor_add_test_program(${module}_${name} ${module} "${source};${support}" "${arg_LINK}"
+            ${properties})
     endforeach()
 endfunction()
 
+# What follows the arguments are properties of the tests.
 function(kor_add_test_program target module sources libraries)
     include(GoogleTest)
     add_executable(${target} ${sources})
     kor_configure_target(${target})
     target_link_libraries(${target} PRIVATE ${module} ${libraries} GTest::gtest GTest::gtest_main)
+    set(soak_percent 100) # how much the long tests do
+    if(KOR_SANITIZE)
+        set(soak_percent 10)
+    endif()
+    target_compile_definitions(${target} PRIVATE KOR_SOAK_PERCENT=${soak_percent})
     # Tests are listed when ctest starts, not while building: a program that fails to start is
     # then a failed test, with its message.
     gtest_discover_tests(${target}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
-        PROPERTIES LABELS ${module} TIMEOUT 300)
+        PROPERTIES LABELS ${module} TIMEOUT 300 ${ARGN})
 endfunction()
 
 # kor_add_benchmark(<target> <folder>...): one program from the *Benchmark.cpp files of the folders.

@@ -45,7 +45,9 @@ private:
     TPath m_path;
 };
 
-/// A position in the listing of a directory, which one iterator passes through once.
+/// A position in the listing of a directory, which one iterator passes through once. It cannot be
+/// copied: made for `for`, not for the algorithms of the standard library. Links are listed as what
+/// they are called; `IsSymlink` tells them before a walk follows them.
 ///
 /// Ownership: the iterator holds the open directory until the listing ends, `close` or its own end.
 /// An iterator that was moved from is at the end.

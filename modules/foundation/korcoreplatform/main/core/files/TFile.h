@@ -81,7 +81,8 @@ public:
 
     /// The text of a file in the encoding that `DetectEncoding` finds in its first 512 bytes,
     /// without its byte-order mark. UTF-16 and UTF-32 are taken in the machine's byte order; bytes
-    /// at the end that are no whole unit are dropped. With `normalize`, CR LF becomes LF.
+    /// at the end that are no whole unit are dropped, bytes that are not UTF-8 are replaced by
+    /// U+FFFD: nothing tells what was lost. With `normalize`, CR LF becomes LF.
     /// Throws: `StringException` with id AutoGen_0xC83B3D89 for more than a text can hold.
     static TString LoadTextFile(TPath const& path, bool normalize);
 

@@ -245,6 +245,10 @@ bool AsyncLogger::Impl::HandleOther(Item& item)
         Erase(m_filters, item.filter);
         return true;
     case LogItemKind::AddChannel:
+        if (std::find(m_channels.begin(), m_channels.end(), item.channel) == m_channels.end()) {
+            // What it wrote before does not count (again); the difference may wrap.
+            m_removed.bytesWritten -= item.channel->GetCounters().bytesWritten;
+        }
         m_channels.push_back(std::move(item.channel));
         return true;
     case LogItemKind::RemoveChannel:
@@ -343,8 +347,11 @@ bool AsyncLogger::Impl::FlushIsDue() const
 void AsyncLogger::Impl::PublishLosses() noexcept
 {
     ChannelCounters all = m_removed;
-    for (std::shared_ptr<Channel> const& channel : m_channels) {
-        ChannelCounters const counters = channel->GetCounters();
+    for (auto channel = m_channels.begin(); channel != m_channels.end(); ++channel) {
+        if (std::find(m_channels.begin(), channel, *channel) != channel) {
+            continue; // added twice
+        }
+        ChannelCounters const counters = (*channel)->GetCounters();
         all.lostRecords = std::max(all.lostRecords, counters.lostRecords);
         all.bytesWritten += counters.bytesWritten;
     }

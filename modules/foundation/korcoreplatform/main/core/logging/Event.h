@@ -97,8 +97,15 @@ class KORCOREPLATFORM_EXPORT ActivityInfoFactory
 public:
     ActivityInfoFactory() = delete;
 
-    /// Called for every record, on the thread that logs. An empty function takes the current one
-    /// away.
+    /// Called for every record, on the thread that logs, with a time of zero, which stands for the
+    /// time of the record, and with the text "-" for what the host does not know. It finds the ids
+    /// in `TSystemCore`:
+    ///
+    ///     return TLog::ActivityInfo(time, TSystemCore::ProcessID(), TSystemCore::ThreadID(),
+    ///                               t_session.name, none, none, none, nullptr, nullptr, nullptr,
+    ///                               none); // the last one is the trace
+    ///
+    /// An empty function takes the current one away.
     static void SetFactoryFunction(std::function<ActivityInfo(EventTime, TString const&)> function);
 
     /// What the function answers; while there is none, the ids of this process and thread, every

@@ -173,6 +173,14 @@ KOR_LOG_MESSAGE_OVERLOADS(TFormatString const&)
 
 // NOLINTEND(performance-unnecessary-value-param)
 
+/// A severity is given as `TLog::NonErrorSeverity`, or as `TLog::AnySeverity` with an error's
+/// record.
+template <class... Arguments>
+void LogMessage(TLog::Severity severity, Arguments&&... arguments) = delete;
+template <class... Arguments>
+void LogMessage(LogDetail::LogDetailEnums category, TLog::Severity severity,
+                Arguments&&... arguments) = delete;
+
 #undef KOR_LOG_MESSAGE_CALL
 #undef KOR_LOG_MESSAGE_PAIR_OVERLOADS
 #undef KOR_LOG_MESSAGE_OVERLOADS

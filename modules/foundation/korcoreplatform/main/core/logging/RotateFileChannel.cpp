@@ -1,5 +1,6 @@
 #include "korcoreplatform/main/core/logging/RotateFileChannel.h"
 
+#include "korcoreplatform/main/core/logging/TimeText_p.h"
 #include "korcoreplatform/main/string/TFormatString.h"
 #include "korsys/main/error/KorvelException.h"
 
@@ -7,7 +8,6 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <time.h>
 
 using std::chrono::steady_clock;
 using std::chrono::system_clock;
@@ -105,8 +105,7 @@ TString RotateFileChannel::FormatTimestamp(SteadyTime time) const
     auto const distance =
         std::chrono::duration_cast<system_clock::duration>(time - steady_clock::now());
     std::time_t const wallTime = system_clock::to_time_t(system_clock::now() + distance);
-    std::tm parts = {};
-    ::localtime_r(&wallTime, &parts);
+    std::tm const parts = LocalTime(wallTime);
     TFormatString format(u"%1_%2_%3_%4_%5_%6");
     format.arg(parts.tm_year + 1900, 4, 10, u'0');
     for (int const part :

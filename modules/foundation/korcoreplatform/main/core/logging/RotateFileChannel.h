@@ -16,8 +16,9 @@ namespace TLog {
 /// app_2024_03_02_14_03_09.log, in local time. When the next file cannot be opened, records go on
 /// into the old one and nothing is tried again for five seconds.
 ///
-///     auto channel = std::make_shared<TLog::SizeRotateFileChannel>(TPath(u"/var/log/app.log"),
-///     10); channel->Open();
+///     auto channel = std::make_shared<TLog::SizeRotateFileChannel>(u"/var/log/app.log", 10);
+///     channel->Open();
+///     logger->AddChannel(std::move(channel));
 ///
 /// The records of a file begin with "open-log", or "rotate-log" when it follows another; that ends
 /// with "rotate-log" as well. A failure is told by "rotate-log-failed". The destructor writes

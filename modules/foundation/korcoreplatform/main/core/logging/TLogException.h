@@ -25,9 +25,9 @@ namespace TLog {
 ///                            {{u"path", TLog::Literal::String(path)}});
 ///     }
 ///
-/// The forms for `AnySeverity` also take the record of an error, which becomes the record's error
-/// value. What is moved in stays as it is when the severity is refused. A null `msg` counts as
-/// empty.
+/// The forms for `AnySeverity` also take the record of an error, usually a copy of
+/// `e.GetErrorInfo()`, which becomes the record's error value; without it the line names no error
+/// id. What is moved in stays as it is when the severity is refused. A null `msg` counts as empty.
 ///
 /// Throws: `std::runtime_error` "Type name demangling failed"; what the host's activity factory
 /// throws.

@@ -1,10 +1,27 @@
 #include "korcoreplatform/main/core/logging/TimeText_p.h"
 
 #include <charconv>
+#include <mutex>
 
-#include <time.h>
+#include <pthread.h>
 
 namespace {
+
+// The system keeps its time zone under a lock of its own. A child made by `fork` while another
+// thread holds that would find it held for ever, so here no thread does meanwhile.
+std::mutex s_zoneMutex;
+
+extern "C" void LockZone()
+{
+    s_zoneMutex.lock();
+}
+
+extern "C" void UnlockZone()
+{
+    s_zoneMutex.unlock();
+}
+
+int const s_atFork = ::pthread_atfork(&LockZone, &UnlockZone, &UnlockZone);
 
 char* WriteTwoDigits(char* to, char before, int value)
 {
@@ -16,12 +33,20 @@ char* WriteTwoDigits(char* to, char before, int value)
 
 } // namespace
 
+std::tm TLog::LocalTime(std::time_t time) noexcept
+{
+    std::tm parts = {};
+    std::lock_guard<std::mutex> const lock(s_zoneMutex);
+    ::localtime_r(&time, &parts);
+    return parts;
+}
+
 char* TLog::WriteSecond(char* to, std::int64_t second, bool isLocal) noexcept
 {
     std::tm parts = {};
-    time_t const time = second;
+    std::time_t const time = second;
     if (isLocal) {
-        ::localtime_r(&time, &parts);
+        parts = LocalTime(time);
     } else {
         ::gmtime_r(&time, &parts);
     }

@@ -5,6 +5,7 @@
 #include "korcoreplatform/main/core/logging/Event.h"
 
 #include <cstdint>
+#include <ctime>
 
 namespace TLog {
 
@@ -26,6 +27,9 @@ struct SplitTime
 
 /// Room for the longest second and its milliseconds.
 constexpr int kMaxTimeBytes = 32;
+
+/// The parts of a time in the process's time zone. Also after a `fork` amid calls of it.
+std::tm LocalTime(std::time_t time) noexcept;
 
 /// Writes 2024-03-02T09:05:03, in local time or in UTC, and returns the end.
 /// Requires: room for kMaxTimeBytes at `to`.

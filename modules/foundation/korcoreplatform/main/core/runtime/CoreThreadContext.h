@@ -15,7 +15,8 @@ namespace boost {
 class any;
 }
 
-/// Where a session keeps its objects. The host implements it.
+/// Where a session keeps its objects. The host implements it, and includes <boost/any.hpp> for
+/// that.
 ///
 /// Synchronized objects are those that the implementation guards for several threads of the
 /// session, the others are for one thread at a time. A key may stand for one object of each kind.
@@ -44,7 +45,9 @@ KORCOREPLATFORM_EXPORT std::shared_ptr<ISessionObjects>
 DefaultGetSessionObjectsInterface(); ///< Null.
 
 /// Asks the host, through three hooks, about the session of the calling thread, and reads and
-/// writes the generic objects of that session. The library itself knows no sessions:
+/// writes the generic objects of that session. The library itself knows no sessions. Log records
+/// take the logging context from here, but the text of the session from
+/// `TLog::ActivityInfoFactory`.
 ///
 ///     CoreThreadContext::SetHasSessionIdFunction([] { return t_session != nullptr; });
 ///     CoreThreadContext::SetGetSessionObjectsInterfaceFunction([] { return t_session->objects; });
