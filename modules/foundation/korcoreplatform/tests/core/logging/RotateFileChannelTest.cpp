@@ -29,6 +29,7 @@ public:
         return Base::OpenFile(t);
     }
 
+    using Base::Append;
     void Append(char16_t const* key)
     {
         Base::Append(TLog::Severity::Info, TLog::Event(key, nullptr));
