@@ -210,6 +210,8 @@ bool AsyncLogger::Impl::Doze()
 /// Returns false when nothing came for as long as it is to be waited.
 bool AsyncLogger::Impl::WaitForItem()
 {
+    // First of all: a signal that is given from here on ends the wait.
+    m_itemAvailable.Reset();
     milliseconds wait = m_isUnflushed ? kIdleFlush : kIdleLook;
     milliseconds const maxAge(m_maxAgeMs.load(std::memory_order_relaxed));
     if (m_isUnflushed && maxAge.count() > 0) {
@@ -217,7 +219,6 @@ bool AsyncLogger::Impl::WaitForItem()
         wait = std::clamp(std::chrono::ceil<milliseconds>(maxAge - age), milliseconds(0), wait);
     }
     m_isAsleep.store(true, std::memory_order_seq_cst);
-    m_itemAvailable.Reset();
     bool const isSignalled =
         !m_queue.IsEmpty() || m_itemAvailable.Wait(static_cast<int>(wait.count()));
     m_isAsleep.store(false, std::memory_order_relaxed);

@@ -98,7 +98,7 @@ void FileChannel::AppendCloseLog() noexcept
         if (m_file != nullptr) {
             AppendOwn(Severity::Info, u"close-log", {{u"path", m_file->GetPath()}});
         }
-    } catch (std::exception const&) {
+    } catch (...) {
         // A file without its last record is still a log.
     }
 }

@@ -41,7 +41,7 @@ void VisitMarks(Visit const& visit) noexcept
             return;
         }
     }
-    Mark* mark = s_moreMarks.load(std::memory_order_acquire);
+    Mark* mark = s_moreMarks.load(std::memory_order_seq_cst);
     while (mark != nullptr && !visit(*mark)) {
         mark = mark->next;
     }
@@ -56,16 +56,21 @@ extern "C" void GiveBackMark(void* mark)
     static_cast<Mark*>(mark)->isTaken.store(false, std::memory_order_release);
 }
 
-/// Gives the mark back when the thread ends: after its thread-local objects, and without an
-/// allocation to arrange that.
+/// Has the mark given back when the thread ends: after its thread-local objects, and without an
+/// allocation to arrange that. Where the system cannot, the mark stays taken.
 void ArrangeToGiveBack(Mark& mark) noexcept
 {
-    static pthread_key_t const s_key = [] {
+    struct Key
+    {
+        Key() : isThere(::pthread_key_create(&key, &GiveBackMark) == 0) {}
+
         pthread_key_t key = 0;
-        ::pthread_key_create(&key, &GiveBackMark);
-        return key;
-    }();
-    ::pthread_setspecific(s_key, &mark);
+        bool isThere;
+    };
+    static Key const s_key;
+    if (s_key.isThere) {
+        ::pthread_setspecific(s_key.key, &mark);
+    }
 }
 
 Mark* TakeFree() noexcept
@@ -88,7 +93,7 @@ Mark* TakeNew() noexcept
     if (mark != nullptr) {
         mark->isTaken.store(true, std::memory_order_relaxed);
         mark->next = s_moreMarks.load(std::memory_order_relaxed);
-        while (!s_moreMarks.compare_exchange_weak(mark->next, mark, std::memory_order_release,
+        while (!s_moreMarks.compare_exchange_weak(mark->next, mark, std::memory_order_seq_cst,
                                                   std::memory_order_relaxed)) {}
     }
     return mark;

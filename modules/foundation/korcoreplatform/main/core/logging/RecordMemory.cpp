@@ -61,25 +61,26 @@ public:
         return Use([=] { AddBatch(batch); });
     }
 
-    /// Takes any number of blocks.
-    bool GiveLoose(Block* blocks) noexcept
+    /// Takes any number of blocks, also when it is in use.
+    void GiveLoose(Block* blocks) noexcept
     {
-        return Use([=]() mutable {
-            while (blocks != nullptr) {
-                Block* const block = std::exchange(blocks, blocks->next);
-                block->next = std::exchange(m_loose, block);
-                if (++m_looseCount == kBatchBlocks) {
-                    AddBatch(std::exchange(m_loose, nullptr));
-                    m_looseCount = 0;
-                }
-            }
-        });
+        if (blocks == nullptr || Use([=] { AddLoose(blocks); })) {
+            return;
+        }
+        Block* last = blocks;
+        while (last->next != nullptr) {
+            last = last->next;
+        }
+        last->next = m_orphans.load(std::memory_order_relaxed);
+        while (!m_orphans.compare_exchange_weak(last->next, blocks, std::memory_order_release,
+                                                std::memory_order_relaxed)) {}
     }
 
     Block* Take() noexcept ///< Null when it is empty or in use.
     {
         Block* batch = nullptr;
         Use([&] {
+            AddOrphans();
             batch = m_batches;
             if (batch != nullptr) {
                 m_batches = batch->nextBatch;
@@ -94,6 +95,7 @@ public:
     {
         Block* batches = nullptr;
         Use([&] {
+            AddOrphans();
             if (m_count > keep) {
                 batches = std::exchange(m_batches, nullptr);
                 m_count = 0;
@@ -124,6 +126,25 @@ private:
         ++m_count;
     }
 
+    void AddLoose(Block* blocks) noexcept
+    {
+        while (blocks != nullptr) {
+            Block* const block = std::exchange(blocks, blocks->next);
+            block->next = std::exchange(m_loose, block);
+            if (++m_looseCount == kBatchBlocks) {
+                AddBatch(std::exchange(m_loose, nullptr));
+                m_looseCount = 0;
+            }
+        }
+    }
+
+    void AddOrphans() noexcept
+    {
+        if (m_orphans.load(std::memory_order_relaxed) != nullptr) {
+            AddLoose(m_orphans.exchange(nullptr, std::memory_order_acquire));
+        }
+    }
+
     static constexpr int kTries = 100;
 
     std::atomic_flag m_isInUse = ATOMIC_FLAG_INIT;
@@ -131,6 +152,7 @@ private:
     Block* m_batches = nullptr;
     int m_looseCount = 0; ///< Less than a batch.
     Block* m_loose = nullptr;
+    std::atomic<Block*> m_orphans{nullptr}; ///< Given while it was in use; not counted yet.
 };
 
 Pool s_pools[kSizes];
@@ -147,7 +169,7 @@ enum class CacheState
 {
     Unused, ///< The thread has not arranged yet that its caches are emptied.
     InUse,
-    Over ///< The thread is ending; what it still logs goes past the caches.
+    Over ///< The thread is ending, or cannot have caches: what it logs goes past them.
 };
 
 // Without constructor and destructor, so that they may be used until the thread is gone.
@@ -172,10 +194,12 @@ void AddBatch(Cache& cache, Block* batch) noexcept
     batch->nextBatch = std::exchange(cache.batches, batch);
 }
 
-/// What the pool does not take now is lost to the process.
 void GiveAll(Cache& cache, Pool& pool) noexcept
 {
     GiveBatches(cache, pool);
+    while (cache.batches != nullptr) {
+        pool.GiveLoose(std::exchange(cache.batches, cache.batches->nextBatch));
+    }
     pool.GiveLoose(cache.part);
     cache = Cache();
 }
@@ -188,16 +212,24 @@ extern "C" void EmptyRecordCaches(void* /*unused*/)
     }
 }
 
+/// Has the caches emptied when the thread ends. Returns false when the system cannot.
+bool ArrangeToEmpty() noexcept
+{
+    struct Key
+    {
+        Key() : isThere(::pthread_key_create(&key, &EmptyRecordCaches) == 0) {}
+
+        pthread_key_t key = 0;
+        bool isThere;
+    };
+    static Key const s_key;
+    return s_key.isThere && ::pthread_setspecific(s_key.key, &t_state) == 0;
+}
+
 bool HasCaches() noexcept
 {
     if (t_state == CacheState::Unused) {
-        static pthread_key_t const s_key = [] {
-            pthread_key_t key = 0;
-            ::pthread_key_create(&key, &EmptyRecordCaches);
-            return key;
-        }();
-        ::pthread_setspecific(s_key, &t_state);
-        t_state = CacheState::InUse;
+        t_state = ArrangeToEmpty() ? CacheState::InUse : CacheState::Over;
     }
     return t_state == CacheState::InUse;
 }
