@@ -46,7 +46,9 @@ public:
     }
 
 private:
-    using Items = tbb::concurrent_vector<T>;
+    // The thread sanitizer does not see into the allocator that is the default: it would take
+    // memory that one thread gave back and another got for a race.
+    using Items = tbb::concurrent_vector<T, std::allocator<T>>;
 
     std::shared_ptr<Items> m_items; ///< Never null; only touched by the atomic functions above.
 };
