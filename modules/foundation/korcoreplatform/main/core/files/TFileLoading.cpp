@@ -2,7 +2,7 @@
 
 #include "korcoreplatform/main/core/files/TFile.h"
 
-#include "korcoreplatform/main/core/files/LargeMemory_p.h"
+#include "korcoreplatform/main/core/files/FillAhead_p.h"
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/main/string/TTextEncoding.h"
@@ -53,9 +53,10 @@ template <class Bytes, class ReadOperation>
 void ReadBytes(Bytes& bytes, std::size_t size, ReadOperation const& read)
 {
     bytes.reserve(size);
-    LargeMemory::WillFill(bytes.data(), bytes.capacity());
+    FillAhead ahead(bytes.data(), size);
     for (std::size_t done = 0; done != size;) {
         std::size_t const wanted = std::min(size - done, kPieceBytes);
+        ahead.Reach(bytes.data() + done + wanted);
         bytes.resize(done + wanted);
         std::size_t const got = read(bytes.data() + done, wanted);
         done += got;
@@ -144,20 +145,21 @@ std::size_t Utf8Cut(char const* bytes, std::size_t n)
 }
 
 /// Makes room in an empty text for that many units, or for as many as a text can hold.
-void Reserve(TString& text, std::size_t units)
+FillAhead Reserve(TString& text, std::size_t units)
 {
     auto const possible = std::min(units, static_cast<std::size_t>(TString::kMaxLength));
     text.reserve(static_cast<int>(possible));
-    LargeMemory::WillFill(text.data(), possible * sizeof(char16_t));
+    return FillAhead(text.data(), possible * sizeof(char16_t));
 }
 
 TString ReadUtf8(TextSource& source)
 {
     TString text;
-    Reserve(text, source.BytesLeft());
-    ConvertInPieces(source, [&text](char const* bytes, std::size_t n, bool isLast) {
+    FillAhead ahead = Reserve(text, source.BytesLeft());
+    ConvertInPieces(source, [&](char const* bytes, std::size_t n, bool isLast) {
         std::size_t const used = isLast ? n : Utf8Cut(bytes, n);
         int const done = text.length();
+        ahead.Reach(text.constData() + done + used);
         TextConversion::Utf8ToUtf16(bytes, used, [&text, done](std::size_t units) {
             TStringManager& storage = text;
             int const length = TStringErrors::CheckedSum(done + static_cast<std::int64_t>(units));
@@ -174,7 +176,8 @@ TString ReadUtf16(TextSource& source)
     std::size_t const units = source.BytesLeft() / sizeof(char16_t);
     int const length = TStringErrors::CheckedSum(static_cast<std::int64_t>(units));
     TString text;
-    Reserve(text, units);
+    FillAhead ahead = Reserve(text, units);
+    ahead.Reach(text.constData() + units);
     TStringManager& storage = text;
     std::size_t const got = source.Read(storage.resize(length), units * sizeof(char16_t));
     text.truncate(static_cast<int>(got / sizeof(char16_t)));
@@ -196,8 +199,9 @@ TString ReadUtf32(TextSource& source)
 TString ReadLatin1(TextSource& source)
 {
     TString text;
-    Reserve(text, source.BytesLeft());
-    ConvertInPieces(source, [&text](char const* bytes, std::size_t n, bool) {
+    FillAhead ahead = Reserve(text, source.BytesLeft());
+    ConvertInPieces(source, [&](char const* bytes, std::size_t n, bool) {
+        ahead.Reach(text.constData() + text.length() + n);
         TextConversion::Latin1ToUtf16(bytes, n, text.extend(static_cast<int>(n)));
         return n;
     });
