@@ -23,7 +23,8 @@ AsyncLogger::AsyncLogger(Severity minimal, TPath const& logConfigPath)
 AsyncLogger::~AsyncLogger()
 {
     if (!m_impl->Shutdown(kShutdownMs)) {
-        m_impl.release(); // the writer still uses it, or it belongs to another process
+        static_cast<void>(
+            m_impl.release()); // the writer still uses it, or it belongs to another process
     }
 }
 

@@ -27,6 +27,7 @@ struct AsyncLogger::Impl::Item : LogItem
         : LogItem(LogItemKind::LogShared), event(std::move(shared))
     {}
 
+    // NOLINTNEXTLINE(misc-new-delete-overloads): the one that is told the size matches it.
     static void* operator new(std::size_t bytes) { return RecordMemory::Allocate(bytes); }
     static void operator delete(void* item, std::size_t bytes) noexcept
     {

@@ -239,10 +239,8 @@ void Formatter::Writer::WriteValue(Value* value)
         m_out->Append(JsonText::kNull);
         return;
     }
-    std::type_info const* const kind = &typeid(*value);
-    if (AreVisitsOverridden()) {
-        WriteByVisits(*value);
-    } else if (kind == &typeid(Literal)) {
+    std::type_info const* const kind = AreVisitsOverridden() ? nullptr : &typeid(*value);
+    if (kind == &typeid(Literal)) {
         WriteLiteral(static_cast<Literal const&>(*value));
     } else if (kind == &typeid(Object)) {
         WriteObject(static_cast<Object const&>(*value));

@@ -20,7 +20,7 @@ TString const& LoggingContextKey()
 }
 
 template <class Hook>
-void Replace(Hook& hook, Hook&& replacement, Hook&& defaultHook)
+void Replace(Hook& hook, Hook replacement, Hook defaultHook)
 {
     hook = replacement ? std::move(replacement) : std::move(defaultHook);
 }
