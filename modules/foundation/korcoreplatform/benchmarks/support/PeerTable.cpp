@@ -1,6 +1,7 @@
 #include "korcoreplatform/benchmarks/support/PeerTable.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -96,7 +97,10 @@ private:
         }
         double const ratio = ours / best;
         std::printf("%-44s %10.1f %10.1f  %-14s %6.2f %6.2f %s %s\n", row.name.c_str(), ours, best,
-                    bestPeer.c_str(), ratio, row.mark, ratio <= row.mark ? "reached" : "  NOT  ",
+                    bestPeer.c_str(), ratio, row.mark,
+                    !std::isfinite(row.mark) ? "no mark"
+                    : ratio <= row.mark      ? "reached"
+                                             : "  NOT  ",
                     others.c_str());
     }
 

@@ -5,6 +5,8 @@
 #include "korsys/main/system/TPathCore.h"
 #include "korsys/main/system/TSystemCore.h"
 
+#include <gtest/gtest.h>
+
 #include <cerrno>
 #include <csignal>
 #include <functional>
@@ -34,6 +36,16 @@ inline bool IsChild(int argc, char** argv)
 inline int RunChild(ChildRoles const& roles, char** argv)
 {
     return roles.at(argv[2])(argv[3]);
+}
+
+/// The `main` of a test program that also runs as its own children.
+inline int RunTestsOrChild(ChildRoles const& roles, int argc, char** argv)
+{
+    if (IsChild(argc, argv)) {
+        return RunChild(roles, argv);
+    }
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
 }
 
 /// Its standard input and output are pipes to this process. It is killed by the destructor, unless

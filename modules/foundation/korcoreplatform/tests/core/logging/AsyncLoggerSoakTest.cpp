@@ -565,9 +565,5 @@ ChildRoles const s_roles = {
 
 int main(int argc, char** argv)
 {
-    if (IsChild(argc, argv)) {
-        return RunChild(s_roles, argv);
-    }
-    testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
+    return RunTestsOrChild(s_roles, argc, argv);
 }
