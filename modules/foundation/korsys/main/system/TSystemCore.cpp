@@ -30,6 +30,8 @@ bool IsRefreshedAfterFork() noexcept
     return s_isRegistered;
 }
 
+[[maybe_unused]] bool const s_atLoad = IsRefreshedAfterFork(); // no child finds it half made
+
 TPathCore ToPath(std::string const& path)
 {
     return TPathCore(TStringCore::fromStdString(path));

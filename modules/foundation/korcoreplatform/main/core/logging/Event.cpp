@@ -207,6 +207,15 @@ Event::Record::Rest const& Event::Record::GetRest() const noexcept
     return rest != nullptr ? *rest : s_none;
 }
 
+namespace {
+
+// Made while the library loads: in a child of `fork`, nobody finishes what another thread was just
+// making, and whoever needs it waits for ever.
+[[maybe_unused]] auto const& s_noRest = EventAccess::Record::MovedFrom().GetRest();
+[[maybe_unused]] auto const& s_placeholder = AttributeSet::OfPlaceholder();
+
+} // namespace
+
 Event::Record::Rest& Event::Record::NeedRest()
 {
     if (rest == nullptr) {

@@ -56,20 +56,28 @@ extern "C" void GiveBackMark(void* mark)
     static_cast<Mark*>(mark)->isTaken.store(false, std::memory_order_release);
 }
 
+struct Key
+{
+    Key() : isThere(::pthread_key_create(&key, &GiveBackMark) == 0) {}
+
+    pthread_key_t key = 0;
+    bool isThere;
+};
+
+Key const& TheKey() noexcept
+{
+    static Key const s_key;
+    return s_key;
+}
+
+[[maybe_unused]] auto const& s_atLoad = TheKey(); // no child of `fork` finds it half made
+
 /// Has the mark given back when the thread ends: after its thread-local objects, and without an
 /// allocation to arrange that. Where the system cannot, the mark stays taken.
 void ArrangeToGiveBack(Mark& mark) noexcept
 {
-    struct Key
-    {
-        Key() : isThere(::pthread_key_create(&key, &GiveBackMark) == 0) {}
-
-        pthread_key_t key = 0;
-        bool isThere;
-    };
-    static Key const s_key;
-    if (s_key.isThere) {
-        ::pthread_setspecific(s_key.key, &mark);
+    if (TheKey().isThere) {
+        ::pthread_setspecific(TheKey().key, &mark);
     }
 }
 

@@ -32,6 +32,8 @@ Quarantine& TheQuarantine()
     return s_quarantine;
 }
 
+[[maybe_unused]] auto const& s_atLoad = TheQuarantine(); // no child of `fork` finds it half made
+
 constexpr char kFile[] = "modules/foundation/korcoreplatform/main/core/logging/LoggingContext";
 
 /// Calls `function` with the record, alone. Records are logged under locks of every priority, so

@@ -234,6 +234,8 @@ bool HasCaches() noexcept
     return t_state == CacheState::InUse;
 }
 
+[[maybe_unused]] bool const s_atLoad = HasCaches(); // no child of `fork` finds its key half made
+
 /// Cuts the blocks of a new chunk.
 /// Requires: no block in `part`.
 bool AddChunk(Cache& cache, int size) noexcept
