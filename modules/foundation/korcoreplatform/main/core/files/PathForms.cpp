@@ -2,13 +2,14 @@
 #include "korsys/main/system/TPathCore.h"
 #include "korsys/main/system/TSystemCore.h"
 
+#include <QByteArray>
 #include <QDir>
 #include <QFileInfo>
 #include <QString>
+#include <QtGlobal>
 
 #include <cerrno>
 #include <cstddef>
-#include <cstdlib>
 #include <vector>
 
 #include <pwd.h>
@@ -63,7 +64,7 @@ TPath HomePath()
     if (user.Get() != nullptr) {
         return TPath(TString::fromLocal8Bit(user.Get()->pw_dir));
     }
-    return TPath(TString::fromLocal8Bit(std::getenv("HOME")));
+    return TPath(TString::fromLocal8Bit(qgetenv("HOME").constData()));
 }
 
 TString UserName()
