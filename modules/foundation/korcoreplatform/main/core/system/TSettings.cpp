@@ -1,0 +1,476 @@
+#include "korcoreplatform/main/core/system/TSettings.h"
+
+#include <QByteArray>
+#include <QColor>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+namespace {
+
+/// By number; null for those that have no name.
+constexpr char16_t const* kGroupNames[] = {
+    nullptr,
+    u"Autosave File Map",
+    u"AutoUpdate",
+    u"Autosave",
+    u"ConnectionSettings",
+    u"Cookies",
+    u"CustomSQL",
+    nullptr,
+    u"Debug",
+    u"DialogSettings",
+    u"Directories",
+    u"DiscoverPane",
+    u"FileDialog",
+    u"Install",
+    u"JavaScript Connectors",
+    u"JavaScript Connectors Recent URLs",
+    u"LastBetaBuildWarn",
+    u"LastPrivateBuildWarn",
+    nullptr,
+    nullptr,
+    u"MostRecentlyUsedColors",
+    u"Prompts",
+    u"Proxy",
+    u"PublicPublishDialog",
+    u"Public Server Aliases",
+    u"Recent Connection List",
+    u"Recent Extensions",
+    u"Recent File Bitmaps",
+    u"Recent File List",
+    u"Recent Workbook List",
+    nullptr,
+    nullptr,
+    nullptr,
+    nullptr,
+    u"ReportingServer",
+    nullptr,
+    u"Samples",
+    u"Settings",
+    u"ShowDataDialog",
+    u"URLWhitelist",
+    u"Usernames",
+    u"WebDataWhitelistedURLsCookies",
+    u"WebDataCORSWhitelist",
+    u"WorkgroupEffectiveServers",
+    u"WorkgroupLogins",
+    u"WorkgroupSites",
+    u"XRSSWhitelist",
+    u"AlternativeFederationEngineDialog",
+};
+static_assert(std::size(kGroupNames) == TSettings::AlternativeFederationEngineDialog + 1);
+
+/// No longer than Qt 5 allows with the header of the array.
+constexpr unsigned long kMaxBinaryBytes = std::numeric_limits<int>::max() - 64;
+
+struct Names
+{
+    TString organisation;
+    TString application;
+};
+
+Names& ConfiguredNames()
+{
+    static Names& s_names = *new Names; // exit handlers may store settings
+    return s_names;
+}
+
+QSettings::Scope QtScope(TSettings::Scope scope)
+{
+    return scope == TSettings::UserScope ? QSettings::UserScope : QSettings::SystemScope;
+}
+
+/// A key in the form that Qt wants, for calls that only look. It borrows the units of the text, so
+/// nobody may keep it: what sets or removes a value keeps its key when that stands in no group.
+class KeyToLookAt
+{
+public:
+    explicit KeyToLookAt(TString const& key)
+        : m_header{{Q_REFCOUNT_INITIALIZE_STATIC, key.length(), 0, 0, Offset(key)}},
+          m_text(QStringDataPtr{&m_header})
+    {}
+    KeyToLookAt(KeyToLookAt const&) = delete;
+    KeyToLookAt& operator=(KeyToLookAt const&) = delete;
+
+    operator QString const&() const { return m_text; }
+
+private:
+    /// Where the units are, from the header on.
+    qptrdiff Offset(TString const& key) const
+    {
+        return reinterpret_cast<qptrdiff>(key.constData()) - reinterpret_cast<qptrdiff>(&m_header);
+    }
+
+    QStringData m_header; ///< Not counted, and never written: Qt takes it for that of a constant.
+    QString m_text;
+};
+
+/// A key in the form that Qt wants, for calls that may keep it: in a block that the thread uses
+/// again, unless they did.
+class KeyToKeep
+{
+public:
+    explicit KeyToKeep(TString const& key)
+    {
+        if (t_block == nullptr && !MakeBlock()) {
+            m_own = key.toQString();
+            return;
+        }
+        QStringData* data = t_block->data_ptr();
+        if (data->ref.isShared() || key.length() >= static_cast<int>(data->alloc)) {
+            *t_block = QString();
+            t_block->reserve(qMax(key.length(), kUsualUnits));
+            data = t_block->data_ptr();
+        }
+        data->size = key.length();
+        std::memcpy(data->data(), key.constData(), // with the zero at the end
+                    static_cast<std::size_t>(key.lengthInBytes()) + sizeof(char16_t));
+        m_text = t_block;
+    }
+    KeyToKeep(KeyToKeep const&) = delete;
+    KeyToKeep& operator=(KeyToKeep const&) = delete;
+
+    operator QString const&() const { return *m_text; }
+
+private:
+    static constexpr int kUsualUnits = 100;
+
+    /// Returns false when the block of the thread is gone, as the thread ends.
+    static bool MakeBlock()
+    {
+        struct Owner
+        {
+            Owner() { t_block = &text; }
+            Owner(Owner const&) = delete;
+            Owner& operator=(Owner const&) = delete;
+            ~Owner()
+            {
+                t_block = nullptr;
+                t_isGone = true;
+            }
+
+            QString text;
+        };
+        if (!t_isGone) {
+            static thread_local Owner t_owner;
+        }
+        return t_block != nullptr;
+    }
+
+    inline static thread_local QString* t_block = nullptr;
+    inline static thread_local bool t_isGone = false;
+
+    QString m_own;
+    QString const* m_text = &m_own;
+};
+
+/// Given as a default, it tells that there is no value: a number that nobody stores.
+qulonglong MissingValue()
+{
+    return reinterpret_cast<quintptr>(&kGroupNames);
+}
+
+std::vector<TString> ToTexts(QStringList const& list)
+{
+    return std::vector<TString>(list.begin(), list.end());
+}
+
+} // namespace
+
+void TSettings::Configure(TString const& org, TString const& app, TString const& suffix)
+{
+    Names& names = ConfiguredNames();
+    names.organisation = org;
+    names.application = suffix.isEmpty() ? app : (app + u" " + suffix).replace(u" ", u"-");
+}
+
+TString TSettings::OrgName()
+{
+    return ConfiguredNames().organisation;
+}
+
+TString TSettings::AppName(Group group)
+{
+    return group == ReportingServer ? TString(u"ReportingServer") : ConfiguredNames().application;
+}
+
+TString TSettings::GroupName(Group group)
+{
+    auto const number = static_cast<std::size_t>(group);
+    return number < std::size(kGroupNames) ? TString(kGroupNames[number]) : TString();
+}
+
+TString TSettings::KeyName(Key key)
+{
+    return key == Application ? TString(u"Application") : TString();
+}
+
+TSettings::TSettings(Group group, TString const& sub1, TString const& sub2)
+    : TSettings(UserScope, group, group, sub1, sub2)
+{}
+
+TSettings::TSettings(Scope scope, Group group, TString const& sub1, TString const& sub2)
+    : TSettings(scope, group, group, sub1, sub2)
+{}
+
+TSettings::TSettings(Scope scope, Group appGroup, Group group, TString const& sub1,
+                     TString const& sub2)
+    : QSettings(QtScope(scope), OrgName().toQString(), AppName(appGroup).toQString())
+{
+    init(group, sub1, sub2);
+}
+
+TSettings::~TSettings() = default;
+
+void TSettings::init(Group group, TString const& sub1, TString const& sub2)
+{
+    TString const name = GroupName(group);
+    if (name.isEmpty()) {
+        return;
+    }
+    beginGroup(name.toQString());
+    for (TString const* const sub : {&sub1, &sub2}) {
+        if (!sub->isEmpty()) {
+            beginGroup(sub->toQString());
+        }
+    }
+}
+
+bool TSettings::GetBoolValue(TString const& key, bool defaultValue) const
+{
+    return value(KeyToLookAt(key), defaultValue).toBool();
+}
+
+int TSettings::GetIntValue(TString const& key, int defaultValue) const
+{
+    return value(KeyToLookAt(key), defaultValue).toInt();
+}
+
+unsigned TSettings::GetUintValue(TString const& key, unsigned defaultValue) const
+{
+    return value(KeyToLookAt(key), defaultValue).toUInt();
+}
+
+TString TSettings::GetStringValue(TString const& key, TString const& defaultValue) const
+{
+    QVariant const found = value(KeyToLookAt(key), MissingValue());
+    bool const isMissing =
+        found.type() == QVariant::ULongLong && found.toULongLong() == MissingValue();
+    return isMissing ? defaultValue : TString(found.toString());
+}
+
+std::vector<signed char> TSettings::GetBinaryValue(TString const& key) const
+{
+    QByteArray const bytes = value(KeyToLookAt(key)).toByteArray();
+    return std::vector<signed char>(bytes.begin(), bytes.end());
+}
+
+QList<QString> TSettings::GetStringList(TString const& key) const
+{
+    return value(KeyToLookAt(key)).toStringList();
+}
+
+QList<QColor> TSettings::GetColorList(TString const& key) const
+{
+    QList<QColor> colors;
+    for (QVariant const& color : value(KeyToLookAt(key)).toList()) {
+        colors.append(color.value<QColor>());
+    }
+    return colors;
+}
+
+void TSettings::SetBoolValue(TString const& key, bool newValue)
+{
+    setValue(KeyToKeep(key), newValue);
+}
+
+void TSettings::SetIntValue(TString const& key, int newValue)
+{
+    setValue(KeyToKeep(key), newValue);
+}
+
+void TSettings::SetUintValue(TString const& key, unsigned newValue)
+{
+    setValue(KeyToKeep(key), newValue);
+}
+
+void TSettings::SetStringValue(TString const& key, TString const& newValue)
+{
+    setValue(KeyToKeep(key), newValue.toQString());
+}
+
+void TSettings::SetBinaryValue(TString const& key, std::vector<signed char> const& newValue)
+{
+    SetBinaryValue(key, newValue.data(), newValue.size());
+}
+
+void TSettings::SetBinaryValue(TString const& key, void const* data, unsigned long lengthInBytes)
+{
+    if (lengthInBytes > kMaxBinaryBytes) {
+        throw std::length_error("TSettings::SetBinaryValue: too many bytes");
+    }
+    setValue(KeyToKeep(key),
+             QByteArray(static_cast<char const*>(data), static_cast<int>(lengthInBytes)));
+}
+
+void TSettings::SetStringList(TString const& key, QList<QString> const& newValue)
+{
+    setValue(KeyToKeep(key), QStringList(newValue));
+}
+
+void TSettings::SetColorList(TString const& key, QList<QColor> const& newValue)
+{
+    QVariantList colors;
+    colors.reserve(newValue.size());
+    for (QColor const& color : newValue) {
+        colors.append(color);
+    }
+    setValue(KeyToKeep(key), colors);
+}
+
+bool TSettings::ValueExists(TString const& key) const
+{
+    return contains(KeyToLookAt(key));
+}
+
+void TSettings::Remove(TString const& key)
+{
+    if (!key.isEmpty() || !group().isEmpty()) {
+        remove(key.toQString());
+    }
+}
+
+std::vector<TString> TSettings::Values() const
+{
+    return ToTexts(childKeys());
+}
+
+std::vector<TString> TSettings::ChildGroups() const
+{
+    return ToTexts(childGroups());
+}
+
+bool TSettings::GetBoolValue(Group group, TString const& key, bool defaultValue)
+{
+    return TSettings(group).GetBoolValue(key, defaultValue);
+}
+
+int TSettings::GetIntValue(Group group, TString const& key, int defaultValue)
+{
+    return TSettings(group).GetIntValue(key, defaultValue);
+}
+
+unsigned TSettings::GetUintValue(Group group, TString const& key, unsigned defaultValue)
+{
+    return TSettings(group).GetUintValue(key, defaultValue);
+}
+
+TString TSettings::GetStringValue(Group group, TString const& key, TString const& defaultValue)
+{
+    return TSettings(group).GetStringValue(key, defaultValue);
+}
+
+std::vector<signed char> TSettings::GetBinaryValue(Group group, TString const& key)
+{
+    return TSettings(group).GetBinaryValue(key);
+}
+
+QList<QString> TSettings::GetStringList(Group group, TString const& key)
+{
+    return TSettings(group).GetStringList(key);
+}
+
+QList<QColor> TSettings::GetColorList(Group group, TString const& key)
+{
+    return TSettings(group).GetColorList(key);
+}
+
+void TSettings::SetBoolValue(Group group, TString const& key, bool newValue)
+{
+    TSettings(group).SetBoolValue(key, newValue);
+}
+
+void TSettings::SetIntValue(Group group, TString const& key, int newValue)
+{
+    TSettings(group).SetIntValue(key, newValue);
+}
+
+void TSettings::SetUintValue(Group group, TString const& key, unsigned newValue)
+{
+    TSettings(group).SetUintValue(key, newValue);
+}
+
+void TSettings::SetStringValue(Group group, TString const& key, TString const& newValue)
+{
+    TSettings(group).SetStringValue(key, newValue);
+}
+
+void TSettings::SetBinaryValue(Group group, TString const& key,
+                               std::vector<signed char> const& newValue)
+{
+    TSettings(group).SetBinaryValue(key, newValue);
+}
+
+void TSettings::SetBinaryValue(Group group, TString const& key, void const* data,
+                               unsigned long lengthInBytes)
+{
+    TSettings(group).SetBinaryValue(key, data, lengthInBytes);
+}
+
+void TSettings::SetStringList(Group group, TString const& key, QList<QString> const& newValue)
+{
+    TSettings(group).SetStringList(key, newValue);
+}
+
+void TSettings::SetColorList(Group group, TString const& key, QList<QColor> const& newValue)
+{
+    TSettings(group).SetColorList(key, newValue);
+}
+
+bool TSettings::ValueExists(Group group, TString const& key)
+{
+    return TSettings(group).ValueExists(key);
+}
+
+std::vector<TString> TSettings::Values(Group group)
+{
+    return TSettings(group).Values();
+}
+
+std::vector<TString> TSettings::ChildGroups(Group group)
+{
+    return TSettings(group).ChildGroups();
+}
+
+void TSettings::Remove(Group group, TString const& sub1, TString const& sub2)
+{
+    TSettings(group, sub1, sub2).Remove(TString());
+}
+
+void TSettings::RemoveGroup(Group group)
+{
+    Remove(group, TString(), TString());
+}
+
+TString TSettings::GetStringValueFromScope(Scope scope, Group group, TString const& key,
+                                           TString const& defaultValue)
+{
+    return TSettings(scope, group).GetStringValue(key, defaultValue);
+}
+
+bool TSettings::ValueExistsFromScope(Scope scope, Group group, TString const& key)
+{
+    return TSettings(scope, group).ValueExists(key);
+}
+
+void TSettings::SetStringValueAndScope(Scope scope, Group appGroup, Group group, TString const& key,
+                                       TString const& newValue)
+{
+    TSettings(scope, appGroup, group).SetStringValue(key, newValue);
+}
