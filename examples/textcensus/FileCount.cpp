@@ -66,7 +66,7 @@ public:
     /// What a worker does. Any number of threads may be in it.
     void Work(TString const& worker, TString const& roots)
     {
-        SessionScope const session({{u"worker", worker}, {u"roots", roots}});
+        WorkerSession const session({{u"worker", worker}, {u"roots", roots}});
         Phase phase(u"worker-finished");
         FileBytes bytes;
         std::uint64_t files = 0;

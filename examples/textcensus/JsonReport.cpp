@@ -1,5 +1,6 @@
 #include "JsonReport.h"
 
+#include "Census.h"
 #include "JsonWriter.h"
 
 #include <array>
@@ -74,10 +75,27 @@ void WriteLists(JsonWriter& json, Totals const& totals)
     });
 }
 
+void WriteComparison(JsonWriter& json, FileComparison const& comparison)
+{
+    json.Key(u"comparedWithFile");
+    json.BeginObject();
+    WriteNumber(json, u"files", comparison.files);
+    WriteNumber(json, u"agreed", comparison.agreed);
+    WriteList(json, u"differences", comparison.differences, [&json](Difference const& difference) {
+        WriteText(json, u"ours", difference.ours);
+        WriteText(json, u"theirs", difference.theirs);
+        WriteNumber(json, u"files", difference.files);
+        WriteText(json, u"example", difference.example);
+    });
+    WriteText(json, u"problem", comparison.problem);
+    json.EndObject();
+}
+
 } // namespace
 
-TString JsonReport(Totals const& totals)
+TString JsonReport(Census const& census)
 {
+    Totals const& totals = census.totals;
     JsonWriter json;
     json.BeginObject();
     WriteCounts(json, u"all", totals.all);
@@ -87,6 +105,9 @@ TString JsonReport(Totals const& totals)
     WriteCounts(json, u"replaced", totals.replaced);
     WriteLists(json, totals);
     WriteNumber(json, u"skipped", totals.skipped);
+    if (census.comparison) {
+        WriteComparison(json, *census.comparison);
+    }
     json.EndObject();
     return json.Result() + u'\n';
 }

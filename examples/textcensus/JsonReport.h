@@ -2,13 +2,13 @@
 
 #pragma once
 
-#include "Totals.h"
-
 #include "korcoreplatform/main/string/TString.h"
 
 namespace TextCensus {
 
+struct Census;
+
 /// One JSON object with what the table shows, and every file with replaced bytes.
-TString JsonReport(Totals const& totals);
+TString JsonReport(Census const& census);
 
 } // namespace TextCensus

@@ -38,6 +38,10 @@ private:
     {
         if (word == u"--json") {
             m_result.options.json = true;
+        } else if (word == u"--again") {
+            m_result.options.again = true;
+        } else if (word == u"--compare-with-file") {
+            m_result.options.compareWithFile = true;
         } else if (word == u"--verbose") {
             m_result.options.verbose = true;
         } else if (word == u"--jobs") {
@@ -84,8 +88,9 @@ CommandLine ReadCommandLine(std::vector<TString> const& arguments)
 {
     CommandLine commandLine = Reader(arguments).Read();
     Options const& options = commandLine.options;
-    if (commandLine.problem.isEmpty() && !options.help && options.roots.empty()) {
-        commandLine.problem = u"name at least one file or folder";
+    if (commandLine.problem.isEmpty() && !options.help && options.again != options.roots.empty()) {
+        commandLine.problem = options.again ? u"--again goes without files and folders"
+                                            : u"name at least one file or folder";
     }
     return commandLine;
 }
@@ -107,6 +112,11 @@ TString HelpText()
            u"\n"
            u"  --json             print the report as one JSON object, with every file that the\n"
            u"                     table only counts\n"
+           u"  --again            count what the last run counted, instead of naming it\n"
+           u"  --compare-with-file\n"
+           u"                     have the program \"file\" look at up to 500 of the files as "
+           u"well,\n"
+           u"                     and tell where it finds the same encoding\n"
            u"  --jobs N           count with N threads (default: 1); 0: one a processor\n"
            u"  --log DIR          log from info on, into a file in DIR: textcensus_TIME.log\n"
            u"  --verbose          log from debug on\n"
@@ -122,7 +132,8 @@ TString HelpText()
            u"UTF-8 cannot be read. A code unit is 16 bits of UTF-16; a line ends at LF, CR LF or\n"
            u"CR, and its length is without them.\n"
            u"\n"
-           u"The log tells the start, each folder (debug) and file (trace) with the time it took,\n"
+           u"The log tells the start and the machine, each folder (debug) and file (trace) with "
+           u"the time it took,\n"
            u"both in the category ListFilesTimings, what could not be read, and the sums of each\n"
            u"phase and thread. In DIR it is one JSON object a line; the end of the run shows how\n"
            u"to read it. Without --log it goes to standard error, as lines for people, and no\n"

@@ -13,6 +13,8 @@ namespace TextCensus {
 struct Options
 {
     bool help = false;
+    bool again = false; ///< The paths of the last census; no others are named then.
+    bool compareWithFile = false;
     bool json = false;
     bool verbose = false;
     unsigned int jobs = 1;    ///< Threads that count; never 0.

@@ -2,9 +2,9 @@
 
 #pragma once
 
+#include "korcoreplatform/main/core/runtime/SessionScope.h"
 #include "korcoreplatform/main/string/TString.h"
 
-#include <memory>
 #include <unordered_map>
 
 namespace TextCensus {
@@ -15,26 +15,18 @@ void InstallSessions();
 
 /// While one lives, the calling thread works for a session of its own.
 ///
-///     SessionScope const session({{u"worker", u"1"}});
+///     WorkerSession const session({{u"worker", u"1"}});
 ///
 /// Thread safety: made and destroyed on the same thread, the last one first.
-class SessionScope
+class WorkerSession
 {
 public:
     /// `context` is what log records of the session contain, while sessions are installed.
-    explicit SessionScope(std::unordered_map<TString, TString> const& context);
-    SessionScope(SessionScope const&) = delete;
-    SessionScope& operator=(SessionScope const&) = delete;
-    ~SessionScope();
+    explicit WorkerSession(std::unordered_map<TString, TString> const& context);
 
 private:
-    struct Session;
-    friend void InstallSessions();
-
-    static thread_local Session const* t_current; ///< Null: the thread works for none.
-
-    std::unique_ptr<Session const> m_session;
-    Session const* m_former;
+    OwnedSession m_session;
+    SessionScope m_scope;
 };
 
 } // namespace TextCensus

@@ -1,5 +1,6 @@
 #include "TableReport.h"
 
+#include "Census.h"
 #include "Grouped.h"
 
 #include "korcoreplatform/main/string/TFormatString.h"
@@ -147,10 +148,25 @@ TString SkippedText(std::uint64_t skipped)
                    Grouped(skipped));
 }
 
+TString ComparisonText(FileComparison const& comparison)
+{
+    TString text =
+        TFormat(u"\nEncoding compared with file (%1 files)\n", Grouped(comparison.files));
+    text += NumberedLine(comparison.agreed, u"the same");
+    for (Difference const& difference : comparison.differences) {
+        text += NumberedLine(difference.files,
+                             TFormat(u"%1, file: %2 (%3)", difference.ours,
+                                     Printable(difference.theirs), Printable(difference.example)));
+    }
+    return comparison.problem.isEmpty() ? text
+                                        : text + TFormat(u"  %1\n", Printable(comparison.problem));
+}
+
 } // namespace
 
-TString TableReport(Totals const& totals)
+TString TableReport(Census const& census)
 {
+    Totals const& totals = census.totals;
     CountTable table(totals.all);
     table.AddGroups(u"Encoding", totals.byEncoding);
     table.AddGroups(u"Line ending", totals.byLineEnding);
@@ -158,6 +174,7 @@ TString TableReport(Totals const& totals)
     table.AddGroups(u"Decoding", std::array<Group, 1>{{{u"replaced bytes", totals.replaced}}});
     return TString::join({table.Text(), ReplacedFilesText(totals.replacedFiles),
                           LongestLinesText(totals.longestLines.Lines()),
+                          census.comparison ? ComparisonText(*census.comparison) : TString(),
                           UnreadableText(totals.unreadable), SkippedText(totals.skipped)},
                          TString());
 }

@@ -6,10 +6,20 @@
 
 #include "korcoreplatform/main/string/TTextEncoding.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
 namespace TextCensus {
+
+/// What reports call the encodings, in the order of `EncodingType`.
+constexpr std::array<char16_t const*, 4> kEncodingNames = {u"utf-8", u"utf-16le", u"utf-32le",
+                                                           u"iso-8859-1"};
+
+inline std::size_t IndexOf(EncodingType encoding)
+{
+    return static_cast<std::size_t>(encoding - EncodingUtf8);
+}
 
 /// How the lines of a text end.
 enum class LineEnding

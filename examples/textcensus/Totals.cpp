@@ -35,7 +35,7 @@ Counts& Counts::operator+=(Counts const& other)
 
 void Totals::Add(TPath const& path, TextCount const& count)
 {
-    std::size_t const encoding = static_cast<std::size_t>(count.encoding - EncodingUtf8);
+    std::size_t const encoding = IndexOf(count.encoding);
     std::size_t const noMark = byMark.size() - 1; // only the encodings before it have a mark
     Counts const counts = CountsOf(count);
     all += counts;

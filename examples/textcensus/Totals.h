@@ -50,8 +50,10 @@ struct Totals
 
     Counts all;
     /// In the order of `EncodingType`, `byMark` as well.
-    std::array<Group, 4> byEncoding = {
-        {{u"utf-8", {}}, {u"utf-16le", {}}, {u"utf-32le", {}}, {u"iso-8859-1", {}}}};
+    std::array<Group, 4> byEncoding = {{{kEncodingNames[0], {}},
+                                        {kEncodingNames[1], {}},
+                                        {kEncodingNames[2], {}},
+                                        {kEncodingNames[3], {}}}};
     /// In the order of `LineEnding`.
     std::array<Group, 5> byLineEnding = {
         {{u"LF", {}}, {u"CRLF", {}}, {u"CR", {}}, {u"mixed", {}}, {u"none", {}}}};

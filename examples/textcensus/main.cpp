@@ -1,8 +1,11 @@
 // textcensus: counts the text in files and below folders. See Options.cpp for its command line.
 
+#include "Census.h"
+#include "FileComparison.h"
 #include "FileCount.h"
 #include "FileWalk.h"
 #include "JsonReport.h"
+#include "LastRoots.h"
 #include "Logging.h"
 #include "Options.h"
 #include "Output.h"
@@ -14,6 +17,7 @@
 
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
+#include "korcoreplatform/main/core/system/TSystem.h"
 #include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/main/string/TString.h"
 #include "korsys/main/error/KorvelException.h"
@@ -25,6 +29,7 @@
 #include <exception>
 #include <optional>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace TextCensus {
@@ -50,7 +55,7 @@ FileList FindFiles(std::vector<TPath> const& roots, ProgressBar& progress)
     return list;
 }
 
-Totals TakeCensus(Options const& options)
+Census TakeCensus(Options const& options)
 {
     ProgressBar progress(!options.IsLogOnStandardError());
     FileList list = FindFiles(options.roots, progress);
@@ -63,7 +68,11 @@ Totals TakeCensus(Options const& options)
     std::sort(unreadable.begin(), unreadable.end(),
               [](Unreadable const& a, Unreadable const& b) { return a.path < b.path; });
     totals.skipped = list.skipped;
-    return totals;
+    Census census{std::move(totals), std::nullopt};
+    if (options.compareWithFile) {
+        census.comparison = CompareWithFile(list.files);
+    }
+    return census;
 }
 
 /// Nobody reading on is no reason to complain; it still is a failure.
@@ -86,21 +95,41 @@ int RefuseUsage(TString const& problem)
 
 int ReportCensus(Options const& options)
 {
-    Totals const totals = TakeCensus(options);
-    int const status = WriteReport(options.json ? JsonReport(totals) : TableReport(totals));
-    return totals.unreadable.empty() ? status : kFailure;
+    Census const census = TakeCensus(options);
+    int const status = WriteReport(options.json ? JsonReport(census) : TableReport(census));
+    return census.totals.unreadable.empty() ? status : kFailure;
+}
+
+void LogMachine()
+{
+    TSystem::ProcessorInfo const processor = TSystem::Processor();
+    LogMessage(TLog::NonErrorSeverity(TLog::Severity::Info), u"machine",
+               {{u"computer", TSystem::ComputerFullName()},
+                {u"processor", processor.name},
+                {u"megahertz", TString::number(processor.frequencyMHz)},
+                {u"processors", TString::number(processor.logicalProcessors)},
+                {u"architecture", TSystem::OSArchitectureType()},
+                {u"addresses", TSystem::MacAddresses()}});
 }
 
 int Run(std::vector<TString> const& arguments)
 {
-    CommandLine const commandLine = ReadCommandLine(arguments);
-    Options const& options = commandLine.options;
+    CommandLine commandLine = ReadCommandLine(arguments);
+    Options& options = commandLine.options;
     if (!commandLine.problem.isEmpty()) {
         return RefuseUsage(commandLine.problem);
     }
     if (options.help) {
         return WriteReport(HelpText());
     }
+    OpenSettings();
+    if (options.again) {
+        options.roots = LastRoots();
+        if (options.roots.empty()) {
+            return RefuseUsage(u"there was no run before");
+        }
+    }
+    KeepRoots(options.roots);
     std::optional<Logging> logging;
     try {
         logging.emplace(options);
@@ -109,6 +138,7 @@ int Run(std::vector<TString> const& arguments)
     }
     LogMessage(TLog::NonErrorSeverity(TLog::Severity::Info), u"census-started",
                {{u"arguments", TString::join(arguments, u' ')}});
+    LogMachine();
     int const status = ReportCensus(options);
     logging->Finish();
     return status;

@@ -1,52 +1,36 @@
-/// Runs the program under test as a user does, in a folder of its own.
+/// Runs the program under test as a user does.
 
 #pragma once
 
-#include <filesystem>
+#include "korcoreplatform/tests/support/TemporaryFolder.h"
+
+#include <cstdlib>
 #include <string>
 #include <vector>
 
-/// A folder for one test, removed with everything in it.
-class ScratchFolder
-{
-public:
-    ScratchFolder();
-    ~ScratchFolder();
-    ScratchFolder(ScratchFolder const&) = delete;
-    ScratchFolder& operator=(ScratchFolder const&) = delete;
-
-    std::filesystem::path const& Path() const { return m_path; }
-
-    /// Writes a file, and first the folders on the way to it.
-    void Write(std::filesystem::path const& name, std::string const& bytes) const;
-
-private:
-    std::filesystem::path m_path;
-};
-
-/// Where standard output leads.
-enum class Stdout
-{
-    Captured,
-    Closed,
-    BrokenPipe, ///< Nobody reads.
-    FullDevice
-};
-
-/// Where standard error leads; it is captured in any case.
-enum class Stderr
-{
-    Pipe,
-    Terminal
-};
+#include <sys/wait.h>
 
 struct Outcome
 {
-    int status = -1; ///< The exit status; 1000 and the signal's number when one ended the program.
+    int status; ///< The exit status; -1 when a signal ended the program.
     std::string out;
     std::string err;
 };
 
-/// Runs the program in `folder` until it ends; after a minute it is ended.
-Outcome RunProgram(std::filesystem::path const& folder, std::vector<std::string> const& arguments,
-                   Stdout out = Stdout::Captured, Stderr err = Stderr::Pipe);
+/// Runs the program in the folder until it ends; after a minute of work it is ended. There is no
+/// apostrophe in `arguments`; `redirections` are those of a shell, and come before the capture of
+/// what is printed. Settings are those below XDG_CONFIG_HOME, and gone after the run without that.
+inline Outcome RunProgram(TemporaryFolder const& folder, std::vector<std::string> const& arguments,
+                          std::string const& redirections = "")
+{
+    TemporaryFolder const printed;
+    std::string command = "ulimit -t 60; export XDG_CONFIG_HOME=\"${XDG_CONFIG_HOME:-" +
+                          printed.Native("").string() + "}\"; cd '" + folder.Native("").string() +
+                          "' && exec '" TEXTCENSUS_PROGRAM "' >'" + printed.Native("out").string() +
+                          "' 2>'" + printed.Native("err").string() + "' " + redirections;
+    for (std::string const& argument : arguments) {
+        command += " '" + argument + "'";
+    }
+    int const status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, printed.Read("out"), printed.Read("err")};
+}
