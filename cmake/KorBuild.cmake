@@ -243,6 +243,17 @@ function(kor_add_quoted_file_test file text)
     set_tests_properties("${name}" PROPERTIES LABELS docs TIMEOUT 60)
 endfunction()
 
+# kor_add_script_tests(<folder> <module>): the unit tests of a Python module, where there is Python.
+function(kor_add_script_tests folder module)
+    find_program(KOR_PYTHON python3)
+    mark_as_advanced(KOR_PYTHON)
+    if(KOR_PYTHON)
+        add_test(NAME "Script.${module}" COMMAND "${KOR_PYTHON}" -B -m unittest ${module}
+            WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}")
+        set_tests_properties("Script.${module}" PROPERTIES LABELS scripts TIMEOUT 60)
+    endif()
+endfunction()
+
 # Another project builds against what is installed, with find_package and with pkg-config.
 function(kor_add_consumer_tests)
     foreach(step install find_package pkg_config)

@@ -13,6 +13,8 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <atomic>
+#include <memory>
 #include <string>
 
 namespace {
@@ -64,11 +66,18 @@ bool MakeAndCopy()
               }));
     for (int n : {10, 60, 1000}) {
         Texts const t(SampleTexts::Words(n));
-        Row("copy of " + std::to_string(n) + " units", n == 10 ? 0.5 : 1.0)
-            .Ours(Repeat([t] { return TString(t.ours); }))
+        Row row("copy of " + std::to_string(n) + " units", n == 10 ? 0.5 : 1.0);
+        row.Ours(Repeat([t] { return TString(t.ours); }))
             .Peer("QString", Repeat([t] { return QString(t.qt); }))
             .Peer("ICU", Repeat([t] { return icu::UnicodeString(t.icu); }))
             .Peer("std", Repeat([t] { return std::u16string(t.std); }));
+        if (n > 10) { // shared: one more user, then one fewer
+            auto const users = std::make_shared<std::atomic<int>>(1);
+            row.Limit("atomics", Repeat([users] {
+                          users->fetch_add(1, std::memory_order_relaxed);
+                          return users->fetch_sub(1, std::memory_order_acq_rel);
+                      }));
+        }
     }
     std::u16string const ten = SampleTexts::Words(10);
     Row("construct from 10 units", 0.5)

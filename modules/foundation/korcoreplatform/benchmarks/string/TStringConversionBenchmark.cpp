@@ -13,6 +13,9 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -148,17 +151,29 @@ bool ReadNumbers()
     return true;
 }
 
+/// A copy into a block of its own that reads and writes as many bytes in all as a conversion.
+PeerTable::Task CopyOf(std::size_t bytesReadAndWritten)
+{
+    return PeerTable::RepeatAction([from = std::vector<char>(bytesReadAndWritten / 2, 'c')] {
+        void* const block = std::malloc(from.size());
+        benchmark::DoNotOptimize(std::memcpy(block, from.data(), from.size()));
+        std::free(block);
+    });
+}
+
 void Utf8Rows(std::string const& name, std::u16string const& units, double mark)
 {
     TString const ours = TString::fromStdU16String(units);
     QString const qt = QString::fromStdU16String(units);
     icu::UnicodeString const icu(units.data(), int32_t(units.size()));
     std::string const bytes = ours.toStdString();
+    std::size_t const moved = bytes.size() + units.size() * sizeof(char16_t);
     Row("fromUtf8 " + name, mark)
         .Ours(Repeat([bytes] { return TString::fromUtf8(bytes.data(), int(bytes.size())); }))
         .Peer("QString",
               Repeat([bytes] { return QString::fromUtf8(bytes.data(), int(bytes.size())); }))
-        .Peer("ICU", Repeat([bytes] { return icu::UnicodeString::fromUTF8(bytes); }));
+        .Peer("ICU", Repeat([bytes] { return icu::UnicodeString::fromUTF8(bytes); }))
+        .Limit("memcpy", CopyOf(moved));
     Row("toUtf8 " + name, mark)
         .Ours(Repeat([ours] { return ours.toStdString(); }))
         .Peer("QString", Repeat([qt] { return qt.toUtf8(); }))
@@ -166,7 +181,8 @@ void Utf8Rows(std::string const& name, std::u16string const& units, double mark)
                   std::string out;
                   icu.toUTF8String(out);
                   return out;
-              }));
+              }))
+        .Limit("memcpy", CopyOf(moved));
 }
 
 bool Encodings()

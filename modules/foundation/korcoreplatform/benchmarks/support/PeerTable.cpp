@@ -1,150 +1,128 @@
 #include "korcoreplatform/benchmarks/support/PeerTable.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstdio>
-#include <cstring>
+#include "korcoreplatform/benchmarks/support/Report.h"
+
 #include <map>
-#include <vector>
+#include <utility>
 
 namespace PeerTable {
 namespace {
 
-constexpr char kOurs[] = "ours";
-
-struct Entry
+/// The rows in the order of their registration, still without figures.
+std::vector<Report::Row>& Rows()
 {
-    std::string name;
-    double mark;
-};
-
-/// The rows in the order of their registration.
-std::vector<Entry>& Rows()
-{
-    static std::vector<Entry> s_rows;
+    static std::vector<Report::Row> s_rows;
     return s_rows;
 }
 
-void Register(std::string const& row, std::string const& who, Task task)
+std::string NameOf(Report::Row const& row, std::string const& who)
 {
-    benchmark::RegisterBenchmark((row + "|" + who).c_str(), std::move(task));
+    return row.name + "|" + who;
 }
 
-double Median(std::vector<double> values)
+void Register(Report::Row const& row, std::vector<Report::Figures>& all, std::string const& who,
+              Task task)
 {
-    std::sort(values.begin(), values.end());
-    std::size_t const half = values.size() / 2;
-    return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
+    all.push_back({who, {}});
+    benchmark::RegisterBenchmark(NameOf(row, who).c_str(), std::move(task));
 }
 
-/// Collects the times of all runs and prints the table when all are over.
-class TableReporter : public benchmark::BenchmarkReporter
+/// Collects the times of all runs, by the names of the tasks.
+class Collector : public benchmark::BenchmarkReporter
 {
 public:
-    bool ReportContext(Context const& context) override
-    {
-        PrintBasicContext(&GetErrorStream(), context);
-        return true;
-    }
+    bool ReportContext(Context const&) override { return true; }
 
     void ReportRuns(std::vector<Run> const& runs) override
     {
         for (Run const& run : runs) {
             if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
-                // Registered as "row|who"; the library adds "/..." for its own settings.
-                std::string name = run.run_name.function_name;
-                std::size_t const bar = name.rfind('|');
-                m_times[name.substr(0, bar)][name.substr(bar + 1)].push_back(
-                    run.GetAdjustedCPUTime());
+                m_times[run.run_name.function_name].push_back(run.GetAdjustedCPUTime());
             }
         }
     }
 
-    void Finalize() override
+    /// Adds the rows of which every task has run.
+    void Report() const
     {
-        std::printf("%-44s %10s %10s  %-14s %6s %6s\n", "row", "ours ns", "best ns", "best peer",
-                    "ratio", "mark");
-        for (Entry const& row : Rows()) {
-            auto const found = m_times.find(row.name);
-            if (found != m_times.end()) {
-                PrintRow(row, found->second);
+        for (Report::Row row : Rows()) {
+            if (Fill(row, row.contenders) && Fill(row, row.limit)) {
+                Report::Add(std::move(row));
             }
         }
     }
 
 private:
-    using Times = std::map<std::string, std::vector<double>>;
-
-    static void PrintRow(Entry const& row, Times const& times)
+    bool Fill(Report::Row const& row, std::vector<Report::Figures>& all) const
     {
-        double ours = 0;
-        double best = 0;
-        std::string bestPeer;
-        std::string others;
-        for (auto const& [who, values] : times) {
-            double const median = Median(values);
-            if (who == kOurs) {
-                ours = median;
-                continue;
+        for (Report::Figures& figures : all) {
+            auto const found = m_times.find(NameOf(row, figures.who));
+            if (found == m_times.end()) {
+                return false;
             }
-            char text[80];
-            std::snprintf(text, sizeof(text), "  %s %.1f", who.c_str(), median);
-            others += text;
-            if (bestPeer.empty() || median < best) {
-                best = median;
-                bestPeer = who;
-            }
+            figures.rounds = found->second;
         }
-        double const ratio = ours / best;
-        std::printf("%-44s %10.1f %10.1f  %-14s %6.2f %6.2f %s %s\n", row.name.c_str(), ours, best,
-                    bestPeer.c_str(), ratio, row.mark,
-                    !std::isfinite(row.mark) ? "no mark"
-                    : ratio <= row.mark      ? "reached"
-                                             : "  NOT  ",
-                    others.c_str());
+        return true;
     }
 
-    std::map<std::string, Times> m_times;
+    std::map<std::string, std::vector<double>> m_times;
 };
 
 } // namespace
 
-Row::Row(std::string name, double mark) : m_name(std::move(name))
+Row::Row(std::string const& name, double mark) : m_index(Rows().size())
 {
-    Rows().push_back({m_name, mark});
+    Rows().push_back({name, "ns", "less", mark, ""});
 }
 
 Row& Row::Ours(Task task)
 {
-    Register(m_name, kOurs, std::move(task));
-    return *this;
+    return Peer("ours", std::move(task));
 }
 
-Row& Row::Peer(std::string peer, Task task)
+Row& Row::Peer(std::string const& peer, Task task)
 {
-    Register(m_name, peer, std::move(task));
+    Report::Row& row = Rows()[m_index];
+    Register(row, row.contenders, peer, std::move(task));
     return *this;
 }
 
-int Main(int argc, char** argv)
+Row& Row::Limit(std::string const& name, Task task)
+{
+    Report::Row& row = Rows()[m_index];
+    Register(row, row.limit, name, std::move(task));
+    return *this;
+}
+
+Row& Row::At(std::string const& plot, std::string const& curve, double x)
+{
+    Rows()[m_index].point = {plot, curve, x};
+    return *this;
+}
+
+bool TakeArguments(std::string program, std::vector<std::string> const& arguments)
 {
     // Interleaved rounds, so that a machine whose speed drifts is equally unfair to all.
-    std::vector<std::string> arguments = {argv[0], "--benchmark_repetitions=5",
-                                          "--benchmark_enable_random_interleaving=true",
-                                          "--benchmark_min_time=0.03"};
-    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    std::vector<std::string> all = {std::move(program), "--benchmark_repetitions=5",
+                                    "--benchmark_enable_random_interleaving=true",
+                                    "--benchmark_min_time=0.03"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
-    for (std::string& argument : arguments) {
+    for (std::string& argument : all) {
         pointers.push_back(argument.data());
     }
     int count = static_cast<int>(pointers.size());
     benchmark::Initialize(&count, pointers.data());
-    if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) {
-        return 2;
+    return !benchmark::ReportUnrecognizedArguments(count, pointers.data());
+}
+
+void RunAll()
+{
+    if (!Rows().empty()) {
+        Collector collector;
+        benchmark::RunSpecifiedBenchmarks(&collector);
+        collector.Report();
     }
-    TableReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    return 0;
 }
 
 } // namespace PeerTable

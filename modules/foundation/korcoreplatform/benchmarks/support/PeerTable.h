@@ -4,34 +4,47 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstddef>
 #include <functional>
+#include <limits>
 #include <string>
+#include <vector>
 
 namespace PeerTable {
 
 using Task = std::function<void(benchmark::State&)>;
+
+constexpr double kNoMark = std::numeric_limits<double>::infinity();
 
 /// One row of the table. `mark` is the greatest ratio of our time to the best peer's time that
 /// counts as reached.
 ///
 ///     Row("find a unit", 1.0).Ours(...).Peer("QString", ...).Peer("std", ...);
 ///
-/// The tasks of all rows run interleaved; each ratio is made of medians.
+/// The tasks of all rows run interleaved; what counts is processor time.
 class Row
 {
 public:
-    Row(std::string name, double mark);
+    explicit Row(std::string const& name, double mark = kNoMark);
 
     Row& Ours(Task task);
-    Row& Peer(std::string peer, Task task);
+    Row& Peer(std::string const& peer, Task task);
+
+    /// What the machine needs at the least, whoever asks it: not a peer. At most one.
+    Row& Limit(std::string const& name, Task task);
+
+    /// Where the row stands in a plot: on the curve of that name, at `x`.
+    Row& At(std::string const& plot, std::string const& curve, double x);
 
 private:
-    std::string m_name;
+    std::size_t m_index; ///< Among all rows.
 };
 
-/// Runs the rows and prints the table; the arguments are those of the benchmark library. Returns
-/// the exit code of the program.
-int Main(int argc, char** argv);
+/// Takes the arguments, which are those of the benchmark library. Returns whether that knows them.
+bool TakeArguments(std::string program, std::vector<std::string> const& arguments);
+
+/// Runs the rows and adds them to the report.
+void RunAll();
 
 /// Runs `once` for as long as the benchmark wants; what it returns is kept from the optimiser.
 template <class Once>

@@ -4,29 +4,27 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
-#include <functional>
-#include <iterator>
-#include <limits>
-#include <optional>
-#include <regex>
+#include <exception>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include <sys/resource.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace Rounds {
 namespace {
 
-constexpr int kNameColumns = 34;
-constexpr int kNumberColumns = 12;
+constexpr double kNoMark = std::numeric_limits<double>::infinity();
 
-struct Row
+struct Shown
 {
     std::string measure;
-    char const* relation; ///< ">=", "<=", or empty: there is no mark.
+    char const* better; ///< "less", "more", or empty: there is no mark.
     double mark;
+    Report::Point point;
 };
 
 struct Entry
@@ -34,7 +32,8 @@ struct Entry
     std::string name;
     int records;
     std::vector<std::pair<std::string, Task>> contenders;
-    std::vector<Row> rows;
+    std::vector<std::pair<std::string, Task>> limit; ///< One or none.
+    std::vector<Shown> shown;
 };
 
 /// In the order of their registration. A scenario that is being described is the last one.
@@ -42,51 +41,6 @@ std::deque<Entry>& Entries()
 {
     static std::deque<Entry> s_entries;
     return s_entries;
-}
-
-struct Settings
-{
-    std::regex filter{""}; ///< Finds itself in every name.
-    int rounds = 5;
-    int records = std::numeric_limits<int>::max();
-};
-
-/// The value of an argument "name=value"; nothing when it is another one.
-std::optional<std::string> ValueOf(std::string const& argument, std::string const& name)
-{
-    std::string const start = name + "=";
-    if (argument.compare(0, start.size(), start) != 0) {
-        return std::nullopt;
-    }
-    return argument.substr(start.size());
-}
-
-int PositiveNumber(std::string const& text)
-{
-    int const number = std::stoi(text);
-    if (number < 1) {
-        throw std::invalid_argument(text);
-    }
-    return number;
-}
-
-/// Throws an exception of the standard library for an argument that cannot be understood.
-Settings ReadArguments(int argc, char** argv)
-{
-    Settings settings;
-    for (int i = 1; i < argc; ++i) {
-        std::string const argument = argv[i];
-        if (auto const filter = ValueOf(argument, "--benchmark_filter")) {
-            settings.filter = *filter;
-        } else if (auto const rounds = ValueOf(argument, "--benchmark_repetitions")) {
-            settings.rounds = PositiveNumber(*rounds);
-        } else if (auto const records = ValueOf(argument, "--records")) {
-            settings.records = PositiveNumber(*records);
-        } else {
-            throw std::invalid_argument(argument);
-        }
-    }
-    return settings;
 }
 
 class TemporaryFolder
@@ -166,65 +120,48 @@ Measures RunInChild(Task const& task, int records)
     return measures;
 }
 
-/// By measure, then by contender, one number a round.
+/// By measure, then by who, one number a round.
 using Results = std::map<std::string, std::map<std::string, std::vector<double>>>;
 
 Results RunRounds(Entry const& entry, Settings const& settings)
 {
     Results results;
     int const records = std::min(entry.records, settings.records);
-    for (int round = 0; round != settings.rounds; ++round) {
-        for (auto const& [contender, task] : entry.contenders) {
-            for (auto const& [measure, value] : RunInChild(task, records)) {
-                results[measure][contender].push_back(value);
+    for (int round = 0; round < settings.rounds; ++round) {
+        for (auto const* all : {&entry.contenders, &entry.limit}) {
+            for (auto const& [who, task] : *all) {
+                for (auto const& [measure, value] : RunInChild(task, records)) {
+                    results[measure][who].push_back(value);
+                }
             }
         }
     }
     return results;
 }
 
-void PrintHead(Entry const& entry)
+Report::Row MakeRow(Entry const& entry, Shown const& shown,
+                    std::map<std::string, std::vector<double>> const& figures)
 {
-    std::printf("%-*s", kNameColumns, entry.name.c_str());
-    for (auto const& [contender, task] : entry.contenders) {
-        std::printf(" %*s", kNumberColumns, contender.c_str());
+    bool const hasPeer = entry.contenders.size() > 1;
+    std::string const peer = hasPeer ? entry.contenders[1].first : "";
+    Report::Row row = {entry.name + ": " + shown.measure, "", shown.better, shown.mark, peer};
+    row.point = shown.point;
+    for (auto const& [who, task] : entry.contenders) {
+        row.contenders.push_back({who, figures.at(who)});
     }
-    std::printf("\n");
-}
-
-void PrintRatio(Row const& row, std::vector<double> const& ours, std::vector<double> const& peers)
-{
-    double const ratio = Median(ours) / Median(peers);
-    std::vector<double> ratios;
-    std::transform(ours.begin(), ours.end(), peers.begin(), std::back_inserter(ratios),
-                   std::divides<>());
-    auto const [low, high] = std::minmax_element(ratios.begin(), ratios.end());
-    std::printf("   %.2f (%.2f to %.2f)", ratio, *low, *high);
-    if (row.relation[0] != '\0') {
-        bool const isReached = row.relation[0] == '<' ? ratio <= row.mark : ratio >= row.mark;
-        std::printf(" %s %.2f: %s", row.relation, row.mark, isReached ? "reached" : "NOT reached");
+    for (auto const& [who, task] : entry.limit) {
+        if (auto const found = figures.find(who); found != figures.end()) {
+            row.limit.push_back({who, found->second});
+        }
     }
-}
-
-/// The medians of all, the ratio of the first two, and the lowest and highest that it had in a
-/// round.
-void PrintRow(Entry const& entry, Row const& row, Results& results)
-{
-    std::printf("  %-*s", kNameColumns - 2, row.measure.c_str());
-    for (auto const& [contender, task] : entry.contenders) {
-        double const median = Median(results[row.measure].at(contender));
-        std::printf(" %*.*f", kNumberColumns, median < 100 ? 3 : 0, median);
-    }
-    PrintRatio(row, results[row.measure].at(entry.contenders[0].first),
-               results[row.measure].at(entry.contenders[1].first));
-    std::printf("\n");
+    return row;
 }
 
 } // namespace
 
 Scenario::Scenario(std::string name, int records)
 {
-    Entries().push_back({std::move(name), records, {}, {}});
+    Entries().push_back({std::move(name), records, {}, {}, {}});
 }
 
 Scenario& Scenario::Contender(std::string name, Task task)
@@ -233,21 +170,33 @@ Scenario& Scenario::Contender(std::string name, Task task)
     return *this;
 }
 
+Scenario& Scenario::Limit(std::string name, Task task)
+{
+    Entries().back().limit.emplace_back(std::move(name), std::move(task));
+    return *this;
+}
+
 Scenario& Scenario::AtLeast(std::string measure, double mark)
 {
-    Entries().back().rows.push_back({std::move(measure), ">=", mark});
+    Entries().back().shown.push_back({std::move(measure), "more", mark, {}});
     return *this;
 }
 
 Scenario& Scenario::AtMost(std::string measure, double mark)
 {
-    Entries().back().rows.push_back({std::move(measure), "<=", mark});
+    Entries().back().shown.push_back({std::move(measure), "less", mark, {}});
     return *this;
 }
 
 Scenario& Scenario::Shown(std::string measure)
 {
-    Entries().back().rows.push_back({std::move(measure), "", 0});
+    Entries().back().shown.push_back({std::move(measure), "", kNoMark, {}});
+    return *this;
+}
+
+Scenario& Scenario::At(std::string plot, std::string curve, double x)
+{
+    Entries().back().shown.back().point = {std::move(plot), std::move(curve), x};
     return *this;
 }
 
@@ -262,48 +211,16 @@ Usage::Usage()
     peakMemory = static_cast<double>(usage.ru_maxrss);
 }
 
-double Median(std::vector<double> values)
+void RunAll(Settings const& settings)
 {
-    std::sort(values.begin(), values.end());
-    std::size_t const half = values.size() / 2;
-    return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
-}
-
-bool HasScenarios()
-{
-    return !Entries().empty();
-}
-
-int Main(int argc, char** argv)
-{
-    Settings settings;
-    try {
-        settings = ReadArguments(argc, argv);
-    } catch (std::exception const& e) {
-        std::fprintf(stderr,
-                     "cannot understand %s\n"
-                     "arguments: [--benchmark_filter=REGEX] [--benchmark_repetitions=ROUNDS] "
-                     "[--records=N]\n",
-                     e.what());
-        return 2;
-    }
-    std::printf("medians of %d rounds; ratio of the first two (lowest to highest of a round)\n",
-                settings.rounds);
-    try {
-        for (Entry const& entry : Entries()) {
-            if (std::regex_search(entry.name, settings.filter)) {
-                Results results = RunRounds(entry, settings);
-                PrintHead(entry);
-                for (Row const& row : entry.rows) {
-                    PrintRow(entry, row, results);
-                }
+    for (Entry const& entry : Entries()) {
+        if (std::regex_search(entry.name, settings.filter)) {
+            Results const results = RunRounds(entry, settings);
+            for (Shown const& shown : entry.shown) {
+                Report::Add(MakeRow(entry, shown, results.at(shown.measure)));
             }
         }
-    } catch (std::exception const& e) {
-        std::fprintf(stderr, "%s\n", e.what());
-        return 1;
     }
-    return 0;
 }
 
 } // namespace Rounds

@@ -3,9 +3,13 @@
 
 #pragma once
 
+#include "korcoreplatform/benchmarks/support/Report.h"
+
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -23,8 +27,8 @@ using Measures = std::map<std::string, double>;
 
 using Task = std::function<Measures(Run const&)>;
 
-/// One scenario of the program; its contenders, at least two; and the measures that are shown, each
-/// a row.
+/// One scenario of the program; its contenders, ours first; and the measures that are shown, each a
+/// row.
 ///
 ///     Scenario("1 million records", 1000000)
 ///         .Contender("ours", ...).Contender("peer", ...)
@@ -39,9 +43,17 @@ public:
     Scenario(std::string name, int records);
 
     Scenario& Contender(std::string name, Task task);
+
+    /// What the machine needs at the least, whoever asks it: not a contender. At most one; it need
+    /// not measure everything.
+    Scenario& Limit(std::string name, Task task);
+
     Scenario& AtLeast(std::string measure, double mark);
     Scenario& AtMost(std::string measure, double mark);
     Scenario& Shown(std::string measure);
+
+    /// Where the row of the measure shown last stands in a plot: on the curve of that name, at `x`.
+    Scenario& At(std::string plot, std::string curve, double x);
 };
 
 /// What the process has used so far.
@@ -53,13 +65,17 @@ struct Usage
     double peakMemory; ///< The largest resident size, KiB on Linux.
 };
 
-double Median(std::vector<double> values);
+using Report::Median;
 
-/// Runs what the arguments choose and prints the table; returns the exit code of the program:
-/// `--benchmark_filter=REGEX` of the scenarios' names, `--benchmark_repetitions=N` rounds,
-/// `--records=N` at most in each run, for a quick look.
-int Main(int argc, char** argv);
+struct Settings
+{
+    std::regex filter{""}; ///< Of the scenarios' names; this one finds itself in all.
+    int rounds = 5;
+    int records = std::numeric_limits<int>::max(); ///< At most so many in each run.
+};
 
-bool HasScenarios();
+/// Runs the scenarios that the settings choose and adds their rows to the report.
+/// Throws: an exception of the standard library when a run fails.
+void RunAll(Settings const& settings);
 
 } // namespace Rounds

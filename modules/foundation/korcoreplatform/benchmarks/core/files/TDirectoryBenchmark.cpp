@@ -14,6 +14,8 @@
 #include <system_error>
 #include <vector>
 
+#include <dirent.h>
+
 namespace {
 
 using PeerTable::Repeat;
@@ -93,12 +95,38 @@ std::vector<std::filesystem::path> StdAll()
     return paths;
 }
 
+/// The system's entries, of which nothing is made.
+std::size_t SystemTotal()
+{
+    std::size_t total = 0;
+    ::DIR* const stream = ::opendir(LargeDirectory::Path().c_str());
+    while (::readdir(stream) != nullptr) {
+        ++total;
+    }
+    ::closedir(stream);
+    return total;
+}
+
+/// `list` is timed when the directory is there.
+template <class List>
+PeerTable::Task Listing(List list)
+{
+    return [list](benchmark::State& state) {
+        LargeDirectory::Path();
+        Repeat(list)(state);
+    };
+}
+
 bool Listings()
 {
     Row("directory of 100,000, each looked at", 1.1)
-        .Ours(Repeat(Total))
-        .Peer("std", Repeat(StdTotal));
-    Row("directory of 100,000, all kept", 1.1).Ours(Repeat(All)).Peer("std", Repeat(StdAll));
+        .Ours(Listing(Total))
+        .Peer("std", Listing(StdTotal))
+        .Limit("readdir", Listing(SystemTotal));
+    Row("directory of 100,000, all kept", 1.1)
+        .Ours(Listing(All))
+        .Peer("std", Listing(StdAll))
+        .Limit("readdir", Listing(SystemTotal));
     return true;
 }
 

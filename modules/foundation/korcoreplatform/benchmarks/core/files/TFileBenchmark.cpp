@@ -1,6 +1,7 @@
 // Whole files beside QFile, and the memory that loading a text takes at its peak.
 
 #include "korcoreplatform/benchmarks/support/PeerTable.h"
+#include "korcoreplatform/benchmarks/support/Report.h"
 #include "korcoreplatform/benchmarks/support/SampleTexts.h"
 #include "korcoreplatform/main/core/files/TFile.h"
 #include "korcoreplatform/main/core/files/TPath.h"
@@ -11,12 +12,14 @@
 #include <QString>
 #include <QTemporaryDir>
 
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -72,7 +75,7 @@ long StatusKib(std::string const& key)
 }
 
 /// What `load` adds to the resident memory at its peak, in KiB, found out in a process of its own.
-long PeakKib(std::function<void()> const& load)
+double PeakKib(std::function<void()> const& load)
 {
     int ends[2];
     if (::pipe(ends) != 0) {
@@ -92,7 +95,7 @@ long PeakKib(std::function<void()> const& load)
     ::waitpid(child, nullptr, 0);
     ::close(ends[0]);
     ::close(ends[1]);
-    return peak;
+    return static_cast<double>(peak);
 }
 
 /// Files in a folder that goes with the program.
@@ -101,7 +104,7 @@ class SampleFiles
     QTemporaryDir m_folder; // before what lies in it
 
 public:
-    /// Made when first asked for, which also prints how much memory it takes to load them.
+    /// Made when first asked for, which also reports how much memory it takes to load them.
     static SampleFiles const& Get()
     {
         static SampleFiles const s_files;
@@ -116,8 +119,8 @@ private:
     {
         Write(ascii, AsciiText());
         Write(mixed, MixedText());
-        PrintPeaks("ASCII", ascii);
-        PrintPeaks("mixed", mixed);
+        AddPeaks("ASCII", ascii);
+        AddPeaks("mixed", mixed);
     }
 
     static void Write(QString const& path, std::string const& text)
@@ -125,18 +128,39 @@ private:
         std::ofstream(path.toStdString(), std::ios::binary) << text;
     }
 
-    static void PrintPeaks(char const* name, QString const& path)
+    static void AddPeaks(char const* name, QString const& path)
     {
-        long const ours = PeakKib(
-            [&] { benchmark::DoNotOptimize(TFile::LoadTextFile(TPath(TString(path)), false)); });
-        long const theirs = PeakKib([&] { benchmark::DoNotOptimize(ReadText(path)); });
-        double const ratio = static_cast<double>(ours) / static_cast<double>(theirs);
-        std::printf("peak memory, load 64 MiB of %s text: ours %ld KiB, QString %ld KiB, ratio "
-                    "%.2f, mark %.2f %s\n",
-                    name, ours, theirs, ratio, kPeakMark, ratio <= kPeakMark ? "reached" : "NOT");
-        std::fflush(stdout);
+        Report::Row row = {std::string("load 64 MiB of ") + name + " text, peak memory",
+                           "KiB",
+                           "less",
+                           kPeakMark,
+                           "",
+                           {{"ours", {}}, {"QString", {}}}};
+        for (int round = 0; round != 3; ++round) {
+            row.contenders[0].rounds.push_back(PeakKib([&] {
+                benchmark::DoNotOptimize(TFile::LoadTextFile(TPath(TString(path)), false));
+            }));
+            row.contenders[1].rounds.push_back(
+                PeakKib([&] { benchmark::DoNotOptimize(ReadText(path)); }));
+        }
+        Report::Add(std::move(row));
     }
 };
+
+/// Reads a file into memory that is there already.
+PeerTable::Task SystemRead(QString SampleFiles::*file)
+{
+    return [file](benchmark::State& state) {
+        std::string const path = (SampleFiles::Get().*file).toStdString();
+        std::vector<char> memory(kFileBytes);
+        Repeat([&] {
+            int const stream = ::open(path.c_str(), O_RDONLY);
+            ::ssize_t const size = ::read(stream, memory.data(), memory.size());
+            ::close(stream);
+            return size;
+        })(state);
+    };
+}
 
 TPath PathOf(QString const& path)
 {
@@ -150,33 +174,41 @@ bool WholeFiles()
             TPath const path = PathOf(SampleFiles::Get().ascii);
             Repeat([&] { return TFile::LoadTextFile(path, false); })(state);
         })
-        .Peer("QString", [](benchmark::State& state) {
-            Repeat([] { return ReadText(SampleFiles::Get().ascii); })(state);
-        });
+        .Peer("QString",
+              [](benchmark::State& state) {
+                  Repeat([] { return ReadText(SampleFiles::Get().ascii); })(state);
+              })
+        .Limit("read", SystemRead(&SampleFiles::ascii));
     Row("load 64 MiB of mixed text", 0.75)
         .Ours([](benchmark::State& state) {
             TPath const path = PathOf(SampleFiles::Get().mixed);
             Repeat([&] { return TFile::LoadTextFile(path, false); })(state);
         })
-        .Peer("QString", [](benchmark::State& state) {
-            Repeat([] { return ReadText(SampleFiles::Get().mixed); })(state);
-        });
+        .Peer("QString",
+              [](benchmark::State& state) {
+                  Repeat([] { return ReadText(SampleFiles::Get().mixed); })(state);
+              })
+        .Limit("read", SystemRead(&SampleFiles::mixed));
     Row("load 64 MiB as UTF-8", 1.05)
         .Ours([](benchmark::State& state) {
             TPath const path = PathOf(SampleFiles::Get().mixed);
             Repeat([&] { return TFile::LoadUtf8File(path, false); })(state);
         })
-        .Peer("QFile", [](benchmark::State& state) {
-            Repeat([] { return ReadAll(SampleFiles::Get().mixed); })(state);
-        });
+        .Peer("QFile",
+              [](benchmark::State& state) {
+                  Repeat([] { return ReadAll(SampleFiles::Get().mixed); })(state);
+              })
+        .Limit("read", SystemRead(&SampleFiles::mixed));
     Row("load 64 MiB as bytes", 1.05)
         .Ours([](benchmark::State& state) {
             TPath const path = PathOf(SampleFiles::Get().mixed);
             Repeat([&] { return TFile::LoadBinaryFile(path); })(state);
         })
-        .Peer("QFile", [](benchmark::State& state) {
-            Repeat([] { return ReadAll(SampleFiles::Get().mixed); })(state);
-        });
+        .Peer("QFile",
+              [](benchmark::State& state) {
+                  Repeat([] { return ReadAll(SampleFiles::Get().mixed); })(state);
+              })
+        .Limit("read", SystemRead(&SampleFiles::mixed));
     return true;
 }
 

@@ -7,6 +7,10 @@
 #include <QString>
 #include <QUuid>
 
+#include <array>
+
+#include <sys/random.h>
+
 namespace {
 
 using PeerTable::Repeat;
@@ -27,7 +31,11 @@ bool Identifiers()
                                                                               }));
     Row("UUID create", 1.0)
         .Ours(Repeat([] { return TUUID::CreateUUID(); }))
-        .Peer("QUuid", Repeat([] { return QUuid::createUuid(); }));
+        .Peer("QUuid", Repeat([] { return QUuid::createUuid(); }))
+        .Limit("getentropy", Repeat([] {
+                   std::array<char, 16> bytes;
+                   return ::getentropy(bytes.data(), bytes.size());
+               }));
     return true;
 }
 

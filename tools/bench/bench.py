@@ -1,0 +1,164 @@
+#!/usr/bin/env python3
+"""Runs benchmark programs, judges what they measured, keeps it, and compares runs.
+
+`./dev bench` builds what `--list-programs` prints and then calls this script with the same
+arguments.
+"""
+
+import argparse
+import datetime
+import json
+import os
+import pathlib
+import platform
+import subprocess
+import sys
+import tempfile
+import time
+
+import plots
+import results
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+
+def arguments():
+    parser = argparse.ArgumentParser(prog="./dev bench", allow_abbrev=False, description=(
+        "Other arguments go to the programs, such as --benchmark_filter=REGEX and, for a quick "
+        "look, --records=N."))
+    parser.add_argument("names", nargs="*", metavar="NAME",
+                        help="text, files, ...: the program bench_NAME; all but scaling without")
+    parser.add_argument("--rounds", type=int, default=5, metavar="N")
+    parser.add_argument("--json", type=pathlib.Path, metavar="FILE", help="keep the run")
+    parser.add_argument("--compare", type=pathlib.Path, nargs="+", metavar="FILE",
+                        help="OLD [NEW]: show what moved since a kept run; without NEW, run now")
+    parser.add_argument("--plot", type=pathlib.Path, metavar="FILE",
+                        help="draw the plots of a kept run of scaling again")
+    parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build/release",
+                        help=argparse.SUPPRESS)
+    parser.add_argument("--list-programs", action="store_true", help=argparse.SUPPRESS)
+    options, options.rest = parser.parse_known_args()
+    if options.compare and len(options.compare) > 2:
+        parser.error("--compare takes one or two files")
+    for stray in options.rest:
+        if not stray.startswith("-"):
+            parser.error(f"cannot understand {stray}")
+    return options
+
+
+def load(path):
+    with open(path, encoding="utf-8") as file:
+        return json.load(file)
+
+
+def programs_of(options):
+    """The names of the programs that have to run."""
+    if options.plot or (options.compare and len(options.compare) == 2):
+        return []
+    known = (options.build / "benchmarks.txt").read_text(encoding="utf-8").split()
+    if not options.names and options.compare:
+        return list(dict.fromkeys(row["program"] for row in load(options.compare[0])["rows"]))
+    chosen = ["bench_" + name.replace("-", "_") for name in options.names]
+    unknown = [name for name in chosen if name not in known]
+    if unknown:
+        sys.exit(f"bench: no program {unknown[0]}; there are: {' '.join(known)}")
+    return chosen or [name for name in known if name != "bench_scaling"]
+
+
+def output_of(*command):
+    try:
+        done = subprocess.run(command, cwd=ROOT, capture_output=True, text=True, check=True)
+        return done.stdout.strip()
+    except (OSError, subprocess.CalledProcessError):
+        return ""
+
+
+def cpu_model():
+    try:
+        for line in open("/proc/cpuinfo", encoding="utf-8"):
+            if line.startswith("model name"):
+                return line.split(":", 1)[1].strip()
+    except OSError:
+        pass
+    return output_of("sysctl", "-n", "machdep.cpu.brand_string") or platform.machine()
+
+
+def machine(build):
+    cache = {}
+    for line in (build / "CMakeCache.txt").read_text(encoding="utf-8").splitlines():
+        name, _, value = line.partition("=")
+        cache[name.partition(":")[0]] = value
+    build_type = cache.get("CMAKE_BUILD_TYPE", "")
+    flags = (cache.get("CMAKE_CXX_FLAGS", ""), cache.get(f"CMAKE_CXX_FLAGS_{build_type.upper()}", ""))
+    return {"cpu": cpu_model(), "cores": os.cpu_count(),
+            "kernel": f"{platform.system()} {platform.release()}",
+            "compiler": output_of(cache.get("CMAKE_CXX_COMPILER", "c++"), "--version").split("\n")[0],
+            "flags": " ".join(" ".join(flags).split()),
+            "version": output_of("git", "describe", "--always", "--dirty")}
+
+
+def run(options, programs):
+    start, load_before = time.time(), os.getloadavg()
+    rows = []
+    for program in programs:
+        print(f"== {program}", file=sys.stderr, flush=True)
+        with tempfile.NamedTemporaryFile("r", suffix=".json", encoding="utf-8") as lines:
+            # A curve has many points, each of which may be less exact than a row.
+            short = ["--benchmark_min_time=0.01"] if program == "bench_scaling" else []
+            command = [options.build / program, f"--benchmark_repetitions={options.rounds}",
+                       f"--json={lines.name}", *short, *options.rest]
+            if subprocess.run(command, check=False).returncode != 0:
+                sys.exit(f"bench: {program} failed")
+            rows += [results.judge(program, json.loads(line)) for line in lines]
+    return {"machine": machine(options.build),
+            "date": datetime.datetime.fromtimestamp(start, datetime.timezone.utc).isoformat(
+                timespec="seconds"),
+            "seconds": round(time.time() - start), "rounds": options.rounds,
+            "load_before": load_before, "load_after": os.getloadavg(), "rows": rows}
+
+
+def heading(kept):
+    about = kept["machine"]
+    loads = " and ".join(f"{kept[key][0]:.2f}" for key in ("load_before", "load_after"))
+    lines = [f"{about['cpu']}, {about['cores']} cores, {about['kernel']}",
+             f"{about['compiler']}; {about['flags']}",
+             f"{about['version'] or 'no version'}, {kept['date']}, {kept['rounds']} rounds in "
+             f"{kept['seconds']} s; load before and after {loads}"]
+    if kept["load_before"][0] > about["cores"] / 2:
+        lines.append("The machine was busy with something else before.")
+    if kept["rounds"] < 5:
+        lines.append("Fewer than five rounds do not tell the noise: the verdicts mean little.")
+    return "\n".join(lines)
+
+
+def keep(kept, path):
+    path.write_text(json.dumps(kept, indent=1, ensure_ascii=False) + "\n", encoding="utf-8")
+
+
+def main():
+    options = arguments()
+    programs = programs_of(options)
+    if options.list_programs:
+        print("\n".join(programs))
+        return
+    folder = ROOT / "docs/plots"
+    if options.plot:
+        plots.draw(load(options.plot)["rows"], folder)
+        return
+    old = load(options.compare[0]) if options.compare else None
+    new = load(options.compare[1]) if not programs else run(options, programs)
+    if programs:
+        if options.json:
+            keep(new, options.json)
+        rows = [row for row in new["rows"] if "plot" not in row]
+        if rows:
+            print(heading(new), results.result_table(rows), sep="\n\n")
+        if len(rows) < len(new["rows"]):
+            plots.draw(new["rows"], folder)
+    if old:
+        print("", "before:", heading(old), "", "now:", heading(new), "",
+              results.comparison(old["rows"], new["rows"]), sep="\n")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,147 @@
+"""What the rounds of a run say: medians, ratios, verdicts, and what moved between two runs.
+
+A row is "at the mark" when the mark lies within the noise of its ratio, the range of ratios that the
+middle half of the rounds of both sides can make: this run cannot tell on which side. Between two
+runs a machine drifts more than within one, so a ratio has moved only when the ranges that all rounds
+can make do not meet.
+"""
+
+import math
+import statistics
+
+
+def middle(rounds):
+    """The lowest and highest of the middle half."""
+    ordered, last = sorted(rounds), len(rounds) - 1
+    return ordered[math.floor(last / 4)], ordered[math.ceil(last * 3 / 4)]
+
+
+def figures(rounds):
+    return {"median": statistics.median(rounds), "min": min(rounds), "max": max(rounds),
+            "rounds": rounds}
+
+
+def verdict(row):
+    low, high = row["ratio_low"], row["ratio_high"]
+    if row["mark"] is None or row["ratio"] is None or not row["better"]:
+        return ""
+    if low <= row["mark"] <= high:
+        return "at the mark"
+    return "reached" if (high < row["mark"]) == (row["better"] == "less") else "NOT reached"
+
+
+def judge(program, raw):
+    """A row as a program wrote it, with all that follows from its rounds."""
+    row = {key: value for key, value in raw.items() if key not in ("contenders", "limit", "against")}
+    row["program"] = program
+    everybody = {who: figures(rounds) for who, rounds in raw["contenders"].items()}
+    row["ours"] = everybody.pop(next(iter(everybody)))
+    row["peers"] = everybody
+    row["limit"] = {who: figures(rounds) for who, rounds in raw["limit"].items()}
+    best = max if row["better"] == "more" else min
+    row["best"] = raw["against"] or best(
+        everybody, key=lambda who: everybody[who]["median"], default=None)
+    row["ratio"] = row["ratio_low"] = row["ratio_high"] = None
+    if row["best"] is not None:
+        ours, peer = row["ours"], everybody[row["best"]]
+        (low, high), (peer_low, peer_high) = middle(ours["rounds"]), middle(peer["rounds"])
+        if min(ours["min"], peer["min"]) > 0:
+            row["ratio"] = ours["median"] / peer["median"]
+            row["ratio_low"], row["ratio_high"] = low / peer_high, high / peer_low
+    row["verdict"] = verdict(row)
+    return row
+
+
+def number(value):
+    if abs(value) >= 1e6:
+        return f"{value / 1e6:,.3g} M" if abs(value) < 1e9 else f"{value / 1e6:,.0f} M"
+    return f"{value:,.0f}" if abs(value) >= 100 else f"{value:.3g}"
+
+
+def scale(unit, value):
+    """The unit in which a value reads best, and how many of the given one it is."""
+    steps = {"ns": [("s", 1e9), ("ms", 1e6), ("µs", 1e4)], "KiB": [("MiB", 1024)]}
+    for name, size in steps.get(unit, []):
+        if value >= size:
+            return name, 1e3 if name == "µs" else size
+    return unit, 1
+
+
+def cells(row):
+    unit, size = scale(row["unit"], row["ours"]["median"])
+
+    def show(value):
+        return number(value / size)
+
+    def listed(everybody):
+        ordered = sorted(everybody.items(), key=lambda item: item[1]["median"])
+        return ", ".join(f"{who} {show(f['median'])}" for who, f in ordered)
+
+    ours = row["ours"]
+    spread = f"{show(ours['min'])} to {show(ours['max'])}"
+    return [row["row"], f"{show(ours['median'])} {unit}".strip(), spread, listed(row["peers"]),
+            listed(row["limit"]), row["best"] or "", ratio_text(row),
+            "" if row["mark"] is None else f"{row['mark']:g}", row["verdict"]]
+
+
+def ratio_text(row):
+    if row["ratio"] is None:
+        return ""
+    return f"{row['ratio']:.2f} ({row['ratio_low']:.2f} to {row['ratio_high']:.2f})"
+
+
+def table(head, rows):
+    """Aligned as text and good as Markdown."""
+    widths = [max(len(line[i]) for line in [head, *rows]) for i in range(len(head))]
+    lines = [head, ["-" * width for width in widths], *rows]
+    return "\n".join(
+        "| " + " | ".join(cell.ljust(width) for cell, width in zip(line, widths)) + " |"
+        for line in lines)
+
+
+def result_table(rows):
+    head = ["row", "ours", "lowest to highest", "peers", "limit", "against", "ratio (noise)",
+            "mark", ""]
+    return table(head, [cells(row) for row in rows])
+
+
+def extremes(row):
+    """The lowest and the highest ratio of any round of ours to any of the peer's."""
+    ours, peer = row["ours"], row["peers"][row["best"]]
+    return ours["min"] / peer["max"], ours["max"] / peer["min"]
+
+
+def moved(old, new):
+    """The pairs of rows whose ratios differ by more than the noise of both, the worst first."""
+    before = {(row["program"], row["row"]): row for row in old if row["ratio"] is not None}
+    pairs = []
+    for row in new:
+        was = before.get((row["program"], row["row"]))
+        if was and row["ratio"] is not None:
+            (low, high), (was_low, was_high) = extremes(row), extremes(was)
+            if low > was_high or high < was_low:
+                pairs.append((was, row))
+    return sorted(pairs, key=lambda pair: worsening(*pair), reverse=True)
+
+
+def worsening(was, row):
+    """By which factor a ratio became worse; below 1 it became better."""
+    factor = row["ratio"] / was["ratio"]
+    return 1 / factor if row["better"] == "more" else factor
+
+
+def comparison(old, new):
+    pairs = moved(old, new)
+    lines = []
+    if pairs:
+        lines.append(table(["row", "ratio before", "ratio now", "", ""], [
+            [row["row"], ratio_text(was), ratio_text(row),
+             ("worse" if worsening(was, row) > 1 else "better")
+             + f" by {abs(row['ratio'] / was['ratio'] - 1) * 100:.0f} %",
+             row["verdict"] if row["verdict"] == was["verdict"]
+             else f"{was['verdict'] or 'no mark'} -> {row['verdict'] or 'no mark'}"]
+            for was, row in pairs]))
+    names = [{(row["program"], row["row"]) for row in rows} for rows in (old, new)]
+    lines.append(f"{len(pairs)} of {len(names[0] & names[1])} rows moved by more than the noise; "
+                 f"{len(names[0] - names[1])} are gone, {len(names[1] - names[0])} are new")
+    return "\n".join(lines)

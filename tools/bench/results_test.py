@@ -1,0 +1,63 @@
+"""What a run is said to show, on rounds made up for it."""
+
+import unittest
+
+import results
+
+
+def row(ours, peers, mark=1.0, better="less", against="", name="a row"):
+    return results.judge("bench_x", {
+        "row": name, "unit": "ns", "better": better, "mark": mark, "against": against,
+        "contenders": {"ours": ours, **peers}, "limit": {}})
+
+
+class VerdictTest(unittest.TestCase):
+    def test_a_verdict_needs_the_mark_outside_the_noise(self):
+        steady = {"peer": [100, 100, 100, 100, 100]}
+        for ours, mark, better, expected in [
+                ([90, 91, 92, 93, 94], 1.0, "less", "reached"),
+                ([90, 98, 99, 101, 102], 1.0, "less", "at the mark"),  # the median alone is below
+                ([50, 98, 98, 98, 400], 1.0, "less", "reached"),  # two odd rounds decide nothing
+                ([102, 103, 104, 105, 106], 1.0, "less", "NOT reached"),
+                ([102, 103, 104, 105, 106], 1.0, "more", "reached"),
+                ([90, 91, 92, 93, 94], 1.0, "more", "NOT reached"),
+                ([90, 91, 92, 93, 94], None, "less", "")]:
+            with self.subTest(ours=ours, mark=mark, better=better):
+                self.assertEqual(row(ours, steady, mark, better)["verdict"], expected)
+
+    def test_the_noise_of_the_peer_counts_as_well(self):
+        self.assertEqual(row([95] * 5, {"peer": [80, 90, 100, 110, 120]})["verdict"], "at the mark")
+
+    def test_the_ratio_is_to_the_best_peer_or_to_the_one_named(self):
+        peers = {"slow": [200] * 3, "fast": [50] * 3}
+        for better, against, ratio in [("less", "", 2.0), ("more", "", 0.5), ("less", "slow", 0.5)]:
+            with self.subTest(better=better, against=against):
+                self.assertEqual(row([100] * 3, peers, None, better, against)["ratio"], ratio)
+
+    def test_a_row_without_a_peer_or_with_times_of_zero_has_no_ratio(self):
+        for peers in ({}, {"peer": [0, 0, 5]}):
+            made = row([100] * 3, peers)
+            self.assertIsNone(made["ratio"])
+            self.assertEqual(made["verdict"], "")
+            results.result_table([made])
+
+
+class ComparisonTest(unittest.TestCase):
+    def test_only_rows_beyond_the_noise_of_both_have_moved(self):
+        def run(shift):
+            return [row([90 + shift, 100 + shift, 110 + shift], {"peer": [100] * 3}, name="noisy"),
+                    row([100 + shift] * 4 + [100], {"peer": [100] * 5}, name="drifting"),
+                    row([100 + shift, 101 + shift, 102 + shift], {"peer": [100] * 3}, name="steady"),
+                    row([100 + 2 * shift] * 3, {"peer": [100] * 3}, name="more", better="more")]
+
+        names = [new["row"] for _, new in results.moved(run(0), run(10))]
+        self.assertEqual(names, ["steady", "more"])  # the worst first: more is better there
+        text = results.comparison(run(0), run(10) + [row([1], {"peer": [1]}, name="added")])
+        self.assertIn("worse by 10 %", text)
+        self.assertIn("better by 20 %", text)
+        self.assertIn("2 of 4 rows moved", text)
+        self.assertIn("0 are gone, 1 are new", text)
+
+
+if __name__ == "__main__":
+    unittest.main()
