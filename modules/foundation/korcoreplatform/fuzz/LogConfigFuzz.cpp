@@ -1,28 +1,19 @@
 // Any text as configuration: it replaces all thresholds, or it is refused and changes none. An
 // object that is written from the bytes gives every category the first severity written for it.
 
+#include "korcoreplatform/fuzz/support/FuzzInput.h"
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/LogConfig.h"
 #include "korsys/main/error/KorvelException.h"
 
 #include <array>
-#include <cstdint>
-#include <cstdlib>
 #include <optional>
-#include <string>
 
 namespace {
 
 constexpr int kCategories = LogDetail::Count + 1;
 
 using Thresholds = std::array<std::optional<TLog::Severity>, kCategories>;
-
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
 
 LogDetail::LogDetailEnums Category(int number)
 {
@@ -49,19 +40,9 @@ TString Quoted(TString const& text, unsigned style)
     TString quoted = u"\"";
     for (int i = 0; i < text.length(); ++i) {
         TString const letter = text.mid(i, 1);
-        switch (style >> (i % 4 * 2) & 3) {
-        case 0:
-            quoted += letter.toUpper();
-            break;
-        case 1:
-            quoted += letter.toLower();
-            break;
-        case 2:
-            quoted += TString(u"\\u") + TString::number(letter.at(0), 16, 4, u'0');
-            break;
-        default:
-            quoted += letter;
-        }
+        TString const forms[] = {letter.toUpper(), letter.toLower(), letter,
+                                 TString(u"\\u") + TString::number(letter.at(0), 16, 4, u'0')};
+        quoted += forms[style >> (i % 4 * 2) & 3];
     }
     return quoted + u"\"";
 }

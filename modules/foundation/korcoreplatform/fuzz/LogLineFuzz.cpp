@@ -1,6 +1,7 @@
 // Any text and any time: the line is JSON for an independent reader, which finds the text up to its
 // first zero, wherever a record holds it.
 
+#include "korcoreplatform/fuzz/support/FuzzInput.h"
 #include "korcoreplatform/main/core/logging/Event.h"
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/main/core/logging/Value.h"
@@ -13,21 +14,11 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <string>
 
 namespace {
 
 using TLog::Literal;
-
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
 
 /// A line without blanks, line breaks and bytes above ASCII, read as one object.
 QJsonObject Read(TLog::Event const& event)
@@ -80,12 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         number = 0; // rounded to two decimals it may be more than the reader's numbers hold
     }
     TLog::EventTime const time{std::chrono::microseconds(bits)};
-    std::u16string units(size / 2, u'\0');
-    if (!units.empty()) { // `data` may be null when it is empty
-        std::memcpy(units.data(), data, units.size() * sizeof(char16_t));
-    }
-    std::string const bytes(reinterpret_cast<char const*>(data), size);
-    CheckLine(TString::fromStdU16String(units), time, number);
-    CheckLine(TString::fromLatin1(bytes.data(), static_cast<int>(bytes.size())), time, number);
+    CheckLine(TString::fromStdU16String(Units(data, size)), time, number);
+    CheckLine(TString::fromStdU16String(Latin1(data, size)), time, number);
     return 0;
 }

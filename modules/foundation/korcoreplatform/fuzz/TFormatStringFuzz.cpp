@@ -1,77 +1,50 @@
 // The two ways of formatting must give the same text or the same error, whatever the template; a
 // text must also be what the core's forgiving rendering makes of the template. The first byte
-// chooses how many parameters there are, the second how the rest becomes units: parameters up to a
-// "/", then the template.
+// chooses how many parameters the last check has, the second how the rest becomes units: a value up
+// to a "/", then the template.
 
 #include "korcoreplatform/main/string/TFormatString.h"
 
+#include "korcoreplatform/fuzz/support/FuzzInput.h"
 #include "korsys/main/text/TFormatStringCore.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 namespace {
 
-constexpr int kLiteralUnits =
-    300; // more than four times what the reader of templates takes at once
+/// More than four times what the reader of templates takes at once.
+using Literal = char16_t[300];
 
-void Require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
-
-TString UnitsOf(std::uint8_t const* data, std::size_t size, bool wide)
-{
-    TString units;
-    std::size_t const step = wide ? 2 : 1;
-    for (std::size_t i = 0; i + step <= size; i += step) {
-        units.append(static_cast<char16_t>(wide ? data[i] | data[i + 1] << 8 : data[i]));
-    }
-    return units;
-}
-
-/// The text, or the error's id and message.
+/// The text, or the error's id and message behind a unit that no text begins with.
 template <class Format>
-TString Outcome(Format const& format, bool& failed)
+TString Outcome(Format const& format)
 {
     try {
-        failed = false;
-        return format();
+        return u"+" + TString(format());
     } catch (TFormatString::Exception const& e) {
-        failed = true;
         return TString(e.GetErrorInfo().GetError().GetName()) + TString(e.GetMessagesFront());
     }
 }
 
-/// Formats with the parameters given, at once and in steps.
+/// Formats with the parameters given, at once, in steps and as the core does.
 template <class... Values>
-void CheckLiteral(char16_t const (&literal)[kLiteralUnits], Values const&... values)
+void CheckLiteral(Literal const& literal, Values const&... values)
 {
-    bool failed = false;
-    bool failedInSteps = false;
-    TString const text = Outcome([&] { return TFormat(literal, values...); }, failed);
-    TString const inSteps = Outcome(
-        [&] { return TFormatString(TString(literal)).args(values...).result(); }, failedInSteps);
-    Require(failed == failedInSteps && text == inSteps);
-    if (!failed) {
-        TFormatStringCore core{TString(literal)};
-        core.arg({TFormatArgument::Of(values).Text()...});
-        Require(core.result() == text);
-    }
+    TString const text = Outcome([&] { return TFormat(literal, values...); });
+    Require(text ==
+            Outcome([&] { return TFormatString(TString(literal)).args(values...).result(); }));
+    TFormatStringCore core{TString(literal)};
+    core.arg({TFormatArgument::Of(values).Text()...});
+    Require(!text.startsWith(u'+') || u"+" + TString(core.result()) == text);
 }
 
 /// A template of any length, zero units included, in a block of its size.
-void CheckText(TString const& text, std::vector<TString> const& parameters)
+void CheckText(TString text, std::vector<TString> const& parameters)
 {
-    TString exact = text;
-    exact.squeeze();
+    text.squeeze();
     try {
-        TFormatString format(exact);
+        TFormatString format(text);
         format.arg(parameters);
         TString const result = format.result();
         Require(TString(static_cast<TFormatStringCore>(format).result()) == result);
@@ -86,27 +59,18 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     if (size < 2) {
         return 0;
     }
-    TString const units = UnitsOf(data + 2, size - 2, data[1] % 2 == 1);
-    int const slash = units.indexOf(u'/');
-    TString const value = slash < 0 ? TString() : units.left(slash);
-    TString const text = units.mid(slash + 1);
-
-    char16_t literal[kLiteralUnits] = {};
-    std::copy_n(text.constData(), std::min(text.length(), kLiteralUnits - 1), literal);
-    switch (data[0] % 4) {
-    case 0:
-        CheckLiteral(literal);
-        break;
-    case 1:
-        CheckLiteral(literal, value);
-        break;
-    case 2:
-        CheckLiteral(literal, data[0], value);
-        break;
-    default:
-        CheckLiteral(literal, value, u'x', value.constData());
-        break;
-    }
+    std::u16string const units = (data[1] % 2 == 1 ? Units : Latin1)(data + 2, size - 2);
+    std::size_t const slash = units.find(u'/'); // one more than "none" is 0
+    TString const value =
+        TString::fromStdU16String(units.substr(0, slash == units.npos ? 0 : slash));
+    TString const text = TString::fromStdU16String(units.substr(slash + 1));
+    Literal literal = {};
+    std::copy_n(text.constData(), std::min<std::size_t>(text.length(), std::size(literal) - 1),
+                literal);
+    CheckLiteral(literal);
+    CheckLiteral(literal, value);
+    CheckLiteral(literal, data[0], value);
+    CheckLiteral(literal, value, u'x', value.constData());
     CheckText(text, std::vector<TString>(data[0] % 16, value));
     return 0;
 }

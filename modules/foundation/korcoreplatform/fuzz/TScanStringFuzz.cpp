@@ -4,20 +4,14 @@
 
 #include "korcoreplatform/main/string/TScanString.h"
 
+#include "korcoreplatform/fuzz/support/FuzzInput.h"
+
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
+#include <functional>
+#include <iterator>
 #include <vector>
 
 namespace {
-
-void Require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
 
 TString RestOf(TScanString scan)
 {
@@ -38,84 +32,71 @@ bool Succeeds(Operation const& operation)
     }
 }
 
-/// Readers of texts: what they return is what they passed over. A line also passes a newline.
-void CheckText(TScanString& scan, int operation, int n)
+/// One way of reading beside skipping, which must move as far; a read text is what was passed over.
+struct Operation
 {
-    constexpr char16_t kSet[] = u"ab1. \n";
-    TString const before = RestOf(scan);
-    TScanString skipper = scan;
-    TString value;
-    switch (operation) {
-    case 0:
-        scan.readLine(value);
-        skipper.skipLine();
-        Require(value.indexOf(u'\n') < 0);
-        break;
-    case 1:
-        scan.readString(value, n - 8);
-        skipper.skipString(n - 8);
-        break;
-    case 2:
-        scan.readNonWhitespace(value);
-        skipper.skipNonWhitespace();
-        break;
-    case 3:
-        scan.readAnyOf(value, kSet);
-        skipper.skipAnyOf(kSet);
-        break;
-    default:
-        scan.readAnyNotOf(value, kSet);
-        skipper.skipAnyNotOf(kSet);
-        break;
-    }
-    TString const rest = RestOf(scan);
-    int const passed = before.length() - rest.length() - value.length();
-    Require(passed >= 0 && passed <= (operation == 0 ? 2 : 0));
-    Require(before.startsWith(value) && before.endsWith(rest));
-    Require(RestOf(skipper) == rest);
+    std::function<void(TScanString&, TString&, int)> read; ///< With an argument from 0 to 23.
+    std::function<void(TScanString&, int)> skip;
+    bool givesText;
+};
+
+/// Reads a value, which may be too large where its form is right.
+template <class Value>
+auto Reader(TScanString& (TScanString::*read)(Value&))
+{
+    return [read](TScanString& scan, TString&, int) {
+        Value value = Value();
+        Succeeds([&] { (scan.*read)(value); });
+    };
 }
 
-/// Readers of values: they fail to measure without moving, and measure as the whole text does.
-void CheckValue(TScanString& scan, int operation, int base)
-{
-    TString const before = RestOf(scan);
-    TScanString skipper = scan;
-    bool measured = false;
-    int expected = -1;
-    if (operation == 0) {
-        bool value = false;
-        measured = Succeeds([&] { skipper.skipBool(); });
-        Require(Succeeds([&] { scan.readBool(value); }) == measured);
-    } else if (operation == 1) {
-        int value = 0;
-        expected = TString::leftIntegerLength(before, -1, base);
-        measured = Succeeds([&] { skipper.skipInt(base); });
-        Require(!Succeeds([&] { scan.readInt(value, base); }) || measured);
-    } else {
-        double value = 0;
-        expected = TString::leftDoubleLength(before, -1);
-        measured = Succeeds([&] { skipper.skipFloat(); });
-        Require(!Succeeds([&] { scan.readFloat(value); }) || measured);
-    }
-    TString const rest = RestOf(scan);
-    int const length = before.length() - rest.length();
-    Require((length > 0) == measured && before.endsWith(rest) && RestOf(skipper) == rest);
-    Require(expected < 0 || length == expected);
-}
+constexpr char16_t kSet[] = u"ab1. \n";
+constexpr int kBases[] = {0, 2, 8, 10, 16, 36, 37, 63, 64, 65};
+using Scan = TScanString;
+
+Operation const kOperations[] = {
+    {[](Scan& s, TString& v, int) { s.readLine(v); }, [](Scan& s, int) { s.skipLine(); }, true},
+    {[](Scan& s, TString& v, int n) { s.readString(v, n - 8); },
+     [](Scan& s, int n) { s.skipString(n - 8); }, true},
+    {[](Scan& s, TString& v, int) { s.readNonWhitespace(v); },
+     [](Scan& s, int) { s.skipNonWhitespace(); }, true},
+    {[](Scan& s, TString& v, int) { s.readAnyOf(v, kSet); },
+     [](Scan& s, int) { s.skipAnyOf(kSet); }, true},
+    {[](Scan& s, TString& v, int) { s.readAnyNotOf(v, kSet); },
+     [](Scan& s, int) { s.skipAnyNotOf(kSet); }, true},
+    {Reader<bool>(&Scan::readBool), [](Scan& s, int) { s.skipBool(); }, false},
+    {Reader<double>(&Scan::readFloat), [](Scan& s, int) { s.skipFloat(); }, false},
+    {[](Scan& s, TString&, int n) {
+         int value = 0;
+         Succeeds([&] { s.readInt(value, kBases[n % 10]); });
+     },
+     [](Scan& s, int n) { s.skipInt(kBases[n % 10]); }, false},
+};
 
 void Run(TScanString& scan, std::uint8_t code)
 {
-    int const operation = code % 11;
+    std::size_t const number = code % (std::size(kOperations) + 2);
     int const argument = code / 11;
     TString const before = RestOf(scan);
-    if (operation < 5) {
-        CheckText(scan, operation, argument);
-    } else if (operation < 8) {
-        constexpr int kBases[] = {0, 2, 8, 10, 16, 36, 37, 63, 64, 65};
-        CheckValue(scan, operation - 5, kBases[argument % 10]);
-    } else if (operation == 8) {
+    if (number < std::size(kOperations)) {
+        Operation const& operation = kOperations[number];
+        TScanString skipper = scan;
+        TString value;
+        operation.read(scan, value, argument);
+        bool const skips = Succeeds([&] { operation.skip(skipper, argument); });
+        TString const rest = RestOf(scan);
+        int const passed = before.length() - rest.length();
+        Require(before.startsWith(value) && before.endsWith(rest) && RestOf(skipper) == rest);
+        // A line also passes a newline; what cannot be skipped does not move.
+        int const more = number == 0 ? 2 : 0;
+        Require(operation.givesText ? passed >= value.length() && passed <= value.length() + more
+                                    : skips == (passed > 0));
+        Require(number != 0 || value.indexOf(u'\n') < 0);
+        Require(number != 6 || passed == TString::leftDoubleLength(before, -1));
+        Require(number != 7 ||
+                passed == TString::leftIntegerLength(before, -1, kBases[argument % 10]));
+    } else if (number == std::size(kOperations)) {
         scan.skipWhitespace();
-    } else if (operation == 9) {
         Succeeds([&] { scan.skipNewline(); });
     } else {
         TString const start = before.left(argument);

@@ -3,27 +3,13 @@
 
 #include "korcoreplatform/main/core/runtime/TUUID.h"
 
+#include "korcoreplatform/fuzz/support/FuzzInput.h"
 #include "korsys/main/error/KorvelException.h"
 
 #include <QByteArray>
 #include <QString>
 
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <string>
-
 namespace {
-
-constexpr int kBase36Units = 28;
-constexpr int kGroup = 7;
-
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
 
 void CheckForms(TUUID const& id)
 {
@@ -36,27 +22,17 @@ void CheckForms(TUUID const& id)
     Require(TUUID::FromRFC4122(id.ToRFC4122()) == id);
 }
 
-/// A group of a base-36 form as it is written when it is read and written again: without white
-/// space around it and without its sign, in lower case, filled up with zeros.
-TString Rewritten(TString const& group)
-{
-    TString digits = group.trimmed();
-    if (digits.startsWith(u'+')) {
-        digits.removeAt(0);
-    }
-    return digits.toLower().rightJustified(kGroup, u'0');
-}
-
 /// A base-36 form is read exactly when it is long enough and all its groups are numbers of 32
-/// bits; it is then written again group by group.
+/// bits; they are then written again without white space around them and without sign, in lower
+/// case, filled up with zeros.
 void CheckBase36(TString const& text)
 {
-    bool isGood = text.length() >= kBase36Units;
+    bool isGood = text.length() >= 28;
     TString expected;
-    for (int at = 0; isGood && at < kBase36Units; at += kGroup) {
-        TString const group = text.mid(at, kGroup);
+    for (int at = 0; isGood && at < 28; at += 7) {
+        TString group = text.mid(at, 7).trimmed();
         group.toUInt(&isGood, 36);
-        expected += Rewritten(group);
+        expected += group.removeAll(u'+').toLower().rightJustified(7, u'0');
     }
     try {
         TUUID const id = TUUID::FromBase36(text);
@@ -70,16 +46,10 @@ void CheckBase36(TString const& text)
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    // The bytes as Latin-1 text, where most mutations of a good text stay close to it, and as
-    // UTF-16 text.
-    std::string const bytes(reinterpret_cast<char const*>(data), size);
-    std::u16string units(size / 2, u'\0');
-    if (!units.empty()) { // `data` may be null when it is empty
-        std::memcpy(units.data(), data, units.size() * sizeof(char16_t));
-    }
+    std::string const bytes(data, data + size);
     Require(TUUID(bytes.c_str()) == TUUID(QUuid(QByteArray(bytes.c_str()))));
-    for (TString const& text : {TString::fromLatin1(bytes.data(), static_cast<int>(bytes.size())),
-                                TString::fromStdU16String(units)}) {
+    for (auto const& units : {Latin1(data, size), Units(data, size)}) {
+        TString const text = TString::fromStdU16String(units);
         TUUID const id(text);
         Require(id == TUUID(QUuid(text.toQString())));
         QString const upToZero(reinterpret_cast<QChar const*>(text.constData()));

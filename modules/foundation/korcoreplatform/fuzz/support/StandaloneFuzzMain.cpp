@@ -7,6 +7,7 @@
 /// same seed and files goes through the same inputs. An input that ends the process stands in
 /// `crash-input` in the current folder, or below the folder that -artifact_prefix names.
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdint>
@@ -36,32 +37,11 @@ struct Options
     std::vector<Bytes> inputs;
 };
 
-Bytes readFile(std::filesystem::path const& path)
+void addInput(Options& options, std::filesystem::path const& path)
 {
     std::ifstream file(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-}
-
-void addInputs(Options& options, std::filesystem::path const& path)
-{
-    if (!std::filesystem::is_directory(path)) {
-        options.inputs.push_back(readFile(path));
-        return;
-    }
-    for (auto const& entry : std::filesystem::recursive_directory_iterator(path)) {
-        if (entry.is_regular_file()) {
-            options.inputs.push_back(readFile(entry.path()));
-        }
-    }
-}
-
-bool takeValue(std::string const& argument, std::string const& name, std::string& value)
-{
-    if (argument.compare(0, name.size(), name) != 0) {
-        return false;
-    }
-    value = argument.substr(name.size());
-    return true;
+    options.inputs.emplace_back(std::istreambuf_iterator<char>(file),
+                                std::istreambuf_iterator<char>());
 }
 
 Options readArguments(int argc, char** argv)
@@ -69,105 +49,87 @@ Options readArguments(int argc, char** argv)
     Options options;
     for (int i = 1; i < argc; ++i) {
         std::string const argument = argv[i];
-        std::string value;
-        if (takeValue(argument, "-max_total_time=", value)) {
+        std::size_t const equals = argument.find('=');
+        std::string const name = argument.substr(0, equals);
+        std::string const value = argument.substr(equals + 1); // of no use without "="
+        if (name == "-max_total_time") {
             options.seconds = std::stod(value);
-        } else if (takeValue(argument, "-seed=", value)) {
+        } else if (name == "-seed") {
             options.seed = static_cast<unsigned>(std::stoul(value));
-        } else if (takeValue(argument, "-max_len=", value)) {
+        } else if (name == "-max_len") {
             options.maxLength = std::stoul(value);
-        } else if (takeValue(argument, "-artifact_prefix=", value)) {
+        } else if (name == "-artifact_prefix") {
             options.artifactPrefix = value;
+        } else if (std::filesystem::is_directory(argument)) {
+            for (auto const& entry : std::filesystem::recursive_directory_iterator(argument)) {
+                if (entry.is_regular_file()) {
+                    addInput(options, entry);
+                }
+            }
         } else if (argument.empty() || argument[0] != '-') {
-            addInputs(options, argument);
+            addInput(options, argument);
         }
     }
     return options;
 }
 
-/// One to eight small changes: bytes set, flipped, added, taken out, doubled, or the tail of
-/// another input.
-class Mutator
+std::mt19937 s_random;
+
+std::size_t below(std::size_t bound)
 {
-public:
-    Mutator(unsigned seed, std::size_t maxLength) : m_random(seed), m_maxLength(maxLength) {}
+    return bound == 0 ? 0 : s_random() % bound;
+}
 
-    Bytes next(std::vector<Bytes> const& inputs)
-    {
-        Bytes bytes = inputs[below(inputs.size())];
-        for (std::size_t left = 1 + below(8); left > 0; --left) {
-            change(bytes, inputs);
-        }
-        if (bytes.size() > m_maxLength) {
-            bytes.resize(m_maxLength);
-        }
-        return bytes;
+/// A few bytes: those at which text formats change their mind, any bytes, a piece of an input.
+Bytes someBytes(std::vector<Bytes> const& inputs)
+{
+    static constexpr std::uint8_t kTelling[] = {0,    1,    '%',  '0',  '9',  '\n', '\r', ' ',
+                                                '"',  '\\', '-',  '.',  0x7f, 0x80, 0xbf, 0xc0,
+                                                0xd8, 0xdc, 0xed, 0xef, 0xf4, 0xfe, 0xff};
+    Bytes const& input = inputs[below(inputs.size())];
+    auto const from = input.begin() + static_cast<std::ptrdiff_t>(below(input.size()));
+    switch (below(3)) {
+    case 0:
+        return Bytes(1 + below(4), kTelling[below(std::size(kTelling))]);
+    case 1:
+        return Bytes(1 + below(4), static_cast<std::uint8_t>(s_random()));
+    default:
+        return Bytes(from, from + static_cast<std::ptrdiff_t>(below(input.end() - from + 1u)));
     }
+}
 
-private:
-    std::size_t below(std::size_t bound) { return bound == 0 ? 0 : m_random() % bound; }
-
-    std::uint8_t byte()
-    {
-        // Bytes at which text formats change their mind, beside any byte at all.
-        static constexpr std::uint8_t kTelling[] = {0,    1,    '%',  '0',  '9',  '\n', '\r', ' ',
-                                                    '"',  '\\', '-',  '.',  0x7f, 0x80, 0xbf, 0xc0,
-                                                    0xd8, 0xdc, 0xed, 0xef, 0xf4, 0xfe, 0xff};
-        return below(2) == 0 ? kTelling[below(std::size(kTelling))]
-                             : static_cast<std::uint8_t>(m_random());
-    }
-
-    void change(Bytes& bytes, std::vector<Bytes> const& inputs)
-    {
+/// An input with one to eight small changes: bits flipped, bytes replaced, put in or taken out.
+Bytes nextInput(std::vector<Bytes> const& inputs, std::size_t maxLength)
+{
+    Bytes bytes = inputs[below(inputs.size())];
+    for (std::size_t left = 1 + below(8); left > 0; --left) {
         auto const at = bytes.begin() + static_cast<std::ptrdiff_t>(below(bytes.size() + 1));
-        auto const rest = static_cast<std::size_t>(bytes.end() - at);
-        if (rest == 0 || below(6) == 0) {
-            bytes.insert(at, 1 + below(4), byte());
-            return;
-        }
-        switch (below(5)) {
-        case 0:
-            *at = byte();
-            break;
-        case 1:
+        if (at != bytes.end() && below(4) == 0) {
             *at = static_cast<std::uint8_t>(*at ^ (1u << below(8)));
-            break;
-        case 2:
-            bytes.erase(at, at + static_cast<std::ptrdiff_t>(1 + below(rest)));
-            break;
-        case 3: {
-            Bytes const piece(at, at + static_cast<std::ptrdiff_t>(1 + below(rest)));
-            bytes.insert(at, piece.begin(), piece.end());
-            break;
+            continue;
         }
-        default: {
-            Bytes const& other = inputs[below(inputs.size())];
-            bytes.erase(at, bytes.end());
-            bytes.insert(bytes.end(),
-                         other.begin() + static_cast<std::ptrdiff_t>(below(other.size())),
-                         other.end());
-            break;
-        }
-        }
+        Bytes const added = below(4) == 0 ? Bytes() : someBytes(inputs);
+        std::size_t const rest = static_cast<std::size_t>(bytes.end() - at);
+        std::size_t const removed = added.empty() || below(2) == 0 ? below(rest + 1) : 0;
+        auto const place = bytes.erase(at, at + static_cast<std::ptrdiff_t>(removed));
+        bytes.insert(place, added.begin(), added.end());
     }
-
-    std::mt19937 m_random;
-    std::size_t m_maxLength;
-};
+    bytes.resize(std::min(bytes.size(), maxLength));
+    return bytes;
+}
 
 Bytes const* s_current = nullptr;
 std::string s_artifact;
 
 void keepCurrentInput()
 {
-    if (s_current == nullptr) {
-        return;
+    if (s_current != nullptr) {
+        std::ofstream(s_artifact, std::ios::binary)
+            .write(reinterpret_cast<char const*>(s_current->data()),
+                   static_cast<std::streamsize>(s_current->size()));
+        std::fprintf(stderr, "the failing input is in %s\n", s_artifact.c_str());
+        s_current = nullptr;
     }
-    std::ofstream file(s_artifact, std::ios::binary);
-    file.write(reinterpret_cast<char const*>(s_current->data()),
-               static_cast<std::streamsize>(s_current->size()));
-    std::fprintf(stderr, "the failing input is in %s\n", s_artifact.c_str());
-    s_current = nullptr;
 }
 
 void runOne(Bytes const& input)
@@ -195,11 +157,11 @@ int main(int argc, char** argv)
     if (options.inputs.empty()) {
         options.inputs.emplace_back();
     }
-    Mutator mutator(options.seed, options.maxLength);
+    s_random.seed(options.seed);
     using Clock = std::chrono::steady_clock;
     auto const end = Clock::now() + std::chrono::duration<double>(options.seconds);
     for (; Clock::now() < end; ++runs) {
-        runOne(mutator.next(options.inputs));
+        runOne(nextInput(options.inputs, options.maxLength));
     }
     std::printf("%zu inputs, no failure\n", runs);
     return 0;

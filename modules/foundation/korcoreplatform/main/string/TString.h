@@ -5,7 +5,6 @@
 #include "korcoreplatform/main/KorCorePlatformExport.h"
 #include "korsys/main/text/TStringCore.h"
 
-#include <functional>
 #include <initializer_list>
 #include <iosfwd>
 #include <string>

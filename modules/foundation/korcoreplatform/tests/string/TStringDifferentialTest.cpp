@@ -8,35 +8,30 @@
 #include <QStringList>
 #include <QVector>
 
-#include <functional>
+#include <algorithm>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
 
-/// The same arguments for both sides.
+template <class Text, class Unit, class Case, class Split, class Flags, class Form>
 struct Arguments
 {
-    TString text;
-    TString other;
-    TString third;
-    QString qText;
-    QString qOther;
-    QString qThird;
-    char16_t unit;
-    int i;
-    int j;
-    bool withCase;
-
-    TString::CaseSensitivity cs() const
-    {
-        return withCase ? TString::CaseSensitive : TString::CaseInsensitive;
-    }
-    Qt::CaseSensitivity qCs() const { return withCase ? Qt::CaseSensitive : Qt::CaseInsensitive; }
-    QChar qUnit() const { return QChar(unit); }
+    Text text, other, third;
+    Unit unit;
+    int i, j;
+    Case cs;
+    Split behavior;
+    Flags flags;
+    Form form;
 };
 
+using Ours = Arguments<TString, char16_t, TString::CaseSensitivity, TString::SplitBehavior,
+                       TString::SectionFlags, TString::NormalizationForm>;
+using Qts = Arguments<QString, QChar, Qt::CaseSensitivity, Qt::SplitBehavior, QString::SectionFlags,
+                      QString::NormalizationForm>;
 using Answer = std::u16string;
 
 Answer Of(TString const& text)
@@ -54,19 +49,11 @@ Answer Of(int number)
     return QString::number(number).toStdU16String();
 }
 
-Answer Of(std::vector<TString> const& list)
+template <class List>
+Answer Of(List const& list)
 {
     Answer all;
-    for (TString const& text : list) {
-        all += Of(text) + u'\x1';
-    }
-    return all;
-}
-
-Answer Of(QStringList const& list)
-{
-    Answer all;
-    for (QString const& text : list) {
+    for (auto const& text : list) {
         all += Of(text) + u'\x1';
     }
     return all;
@@ -77,164 +64,110 @@ int Sign(int n)
     return (n > 0) - (n < 0);
 }
 
-template <class Number>
-Answer Of(Number value, bool ok)
-{
-    return QString("%1 %2").arg(value, 0, 'g', 17).arg(int(ok)).toStdU16String();
-}
-
 struct Operation
 {
     char const* name;
-    std::function<Answer(Arguments const&)> ours;
-    std::function<Answer(Arguments const&)> qts;
+    Answer (*ours)(Ours const&);
+    Answer (*qts)(Qts const&);
 };
 
-// One line a member; the arguments are named alike so that the two sides read alike.
-#define SAME(name, ours, qts)                                                                      \
+// One line a member: what is asked or changed on both sides, or on each side when the names differ.
+#define SAME(asked) BOTH(asked, asked)
+#define BOTH(ours, qts)                                                                            \
+    Operation                                                                                      \
     {                                                                                              \
-        name, [](Arguments const& a) { return Of(ours); },                                         \
-            [](Arguments const& a) { return Of(qts); }                                             \
+#ours, [](Ours const& a) { return Of(ours); }, [](Qts const& a) { return Of(qts); }        \
     }
-#define SAME_CHANGE(name, ours, qts)                                                               \
-    {                                                                                              \
-        name,                                                                                      \
-            [](Arguments const& a) {                                                               \
-                TString s(a.text);                                                                 \
-                s.ours;                                                                            \
-                return Of(s);                                                                      \
-            },                                                                                     \
-            [](Arguments const& a) {                                                               \
-                QString s(a.qText);                                                                \
-                s.qts;                                                                             \
-                return Of(s);                                                                      \
-            }                                                                                      \
-    }
+#define SAME_CHANGE(change) BOTH_CHANGES(change, change)
+#define BOTH_CHANGES(ours, qts)                                                                    \
+    BOTH(Changed(a.text, [&](TString& s) { s.ours; }), Changed(a.text, [&](QString& s) { s.qts; }))
 
-TString::SplitBehavior Behavior(Arguments const& a)
+template <class Text, class Change>
+Text Changed(Text text, Change const& change)
 {
-    return a.j % 2 == 0 ? TString::KeepEmptyParts : TString::SkipEmptyParts;
+    change(text);
+    return text;
 }
 
-Qt::SplitBehavior QBehavior(Arguments const& a)
-{
-    return a.j % 2 == 0 ? Qt::KeepEmptyParts : Qt::SkipEmptyParts;
-}
-
-TString::SectionFlags Flags(Arguments const& a)
-{
-    return static_cast<TString::SectionFlags>(a.unit % 16);
-}
-
-QString::SectionFlags QFlags(Arguments const& a)
-{
-    return QString::SectionFlags(a.unit % 16);
-}
-
-std::vector<Operation> const kQuestions = {
-    SAME("compare", Sign(a.text.compare(a.other, a.cs())),
-         Sign(a.qText.compare(a.qOther, a.qCs()))),
-    SAME("compare QString", Sign(a.text.compare(a.qOther, a.cs())),
-         Sign(a.qText.compare(a.qOther, a.qCs()))),
-    SAME("<", int(a.text < a.other), int(a.qText < a.qOther)),
-    SAME(">= unit", int(a.text >= a.unit), int(a.qText >= QString(a.qUnit()))),
-    SAME("==", int(a.text == a.other), int(a.qText == a.qOther)),
-    SAME("indexOf", a.text.indexOf(a.other, std::max(a.i, -a.text.length()), a.cs()),
-         a.qText.indexOf(a.qOther, std::max(a.i, -a.qText.length()), a.qCs())),
-    SAME("indexOf unit", a.text.indexOf(a.unit, a.i, a.cs()),
-         a.qText.indexOf(a.qUnit(), a.i, a.qCs())),
-    SAME("lastIndexOf", a.text.lastIndexOf(a.other, a.i, a.cs()),
-         a.qText.lastIndexOf(a.qOther, a.i, a.qCs())),
-    SAME("lastIndexOf unit", a.text.lastIndexOf(a.unit, a.i, a.cs()),
-         a.qText.lastIndexOf(a.qUnit(), a.i, a.qCs())),
-    SAME("contains", int(a.text.contains(a.other, a.cs())),
-         int(a.qText.contains(a.qOther, a.qCs()))),
-    SAME("contains unit", int(a.text.contains(a.unit, a.cs())),
-         int(a.qText.contains(a.qUnit(), a.qCs()))),
-    SAME("contains QString", int(a.text.contains(a.qOther, a.cs())),
-         int(a.qText.contains(a.qOther, a.qCs()))),
-    SAME("count", a.text.count(a.other, a.cs()), a.qText.count(a.qOther, a.qCs())),
-    SAME("count unit", a.text.count(a.unit, a.cs()), a.qText.count(a.qUnit(), a.qCs())),
-    SAME("startsWith", int(a.text.startsWith(a.other, a.cs())),
-         int(a.qText.startsWith(a.qOther, a.qCs()))),
-    SAME("startsWith unit", int(a.text.startsWith(a.unit, a.cs())),
-         int(a.qText.startsWith(a.qUnit(), a.qCs()))),
-    SAME("endsWith", int(a.text.endsWith(a.other, a.cs())),
-         int(a.qText.endsWith(a.qOther, a.qCs()))),
-    SAME("endsWith unit", int(a.text.endsWith(a.unit, a.cs())),
-         int(a.qText.endsWith(a.qUnit(), a.qCs()))),
-    SAME("left", a.text.left(a.i), a.qText.left(a.i)),
-    SAME("right", a.text.right(a.i), a.qText.right(a.i)),
-    SAME("mid", a.text.mid(a.i, a.j), a.qText.mid(a.i, a.j)),
-    SAME("section", a.text.section(a.other, a.i, a.j, Flags(a)),
-         a.qText.section(a.qOther, a.i, a.j, QFlags(a))),
-    SAME("section unit", a.text.section(u' ', a.i, a.j, Flags(a)),
-         a.qText.section(' ', a.i, a.j, QFlags(a))),
-    SAME("split", a.text.split(a.other, Behavior(a), a.cs()),
-         a.qText.split(a.qOther, QBehavior(a), a.qCs())),
-    SAME("split unit", a.text.split(a.unit, Behavior(a), a.cs()),
-         a.qText.split(a.qUnit(), QBehavior(a), a.qCs())),
-    SAME("join", TString::join({a.text, a.third, a.other}, a.other),
-         QStringList({a.qText, a.qThird, a.qOther}).join(a.qOther)),
-    SAME("trimmed", a.text.trimmed(), a.qText.trimmed()),
-    SAME("leftJustified", a.text.leftJustified(a.i, a.unit, a.withCase),
-         a.qText.leftJustified(a.i, a.qUnit(), a.withCase)),
-    SAME("rightJustified", a.text.rightJustified(a.i, a.unit, a.withCase),
-         a.qText.rightJustified(a.i, a.qUnit(), a.withCase)),
-    SAME("repeated", a.text.repeated(a.i), a.qText.repeated(a.i)),
-    SAME("toLower", a.text.toLower(), a.qText.toLower()),
-    SAME("toUpper", a.text.toUpper(), a.qText.toUpper()),
-    SAME("normalized", a.text.normalized(TString::NormalizationForm(a.unit % 4)),
-         a.qText.normalized(QString::NormalizationForm(a.unit % 4))),
-    SAME("+", a.text + a.other + a.unit + a.third,
-         QString(a.qText + a.qOther + a.qUnit() + a.qThird)),
-    SAME("toStdU16String", a.text, a.qText),
-    SAME("toLatin1", TString::fromLatin1(a.text.toLatin1().c_str()),
-         QString::fromLatin1(a.qText.toLatin1())),
-    SAME("toQString", a.text.toQString(), a.qText),
-};
-
-std::vector<Operation> const kChanges = {
-    SAME_CHANGE("append", append(a.other), append(a.qOther)),
-    SAME_CHANGE("append itself", append(s), append(s)),
-    SAME_CHANGE("prepend", prepend(a.other), prepend(a.qOther)),
-    SAME_CHANGE("prepend itself", prepend(s), prepend(s)),
-    SAME_CHANGE("insert", insert(a.i, a.other), insert(a.i, a.qOther)),
-    SAME_CHANGE("insert unit", insert(a.i, a.unit), insert(a.i, a.qUnit())),
-    SAME_CHANGE("insert itself", insert(a.i, s), insert(a.i, QString(s))),
-    SAME_CHANGE("removeAt", removeAt(a.i, a.j), remove(a.i, a.j)),
-    SAME_CHANGE("removeAll", removeAll(a.other, a.cs()), remove(a.qOther, a.qCs())),
-    SAME_CHANGE("removeAll unit", removeAll(a.unit, a.cs()), remove(a.qUnit(), a.qCs())),
-    SAME_CHANGE("replace part", replace(a.i, std::max(a.j, 0), a.other),
-                replace(a.i, std::max(a.j, 0), a.qOther)),
-    SAME_CHANGE("replace", replace(a.other, a.third, a.cs()), replace(a.qOther, a.qThird, a.qCs())),
-    SAME_CHANGE("replace by itself", replace(a.other, s, a.cs()),
-                replace(a.qOther, QString(s), a.qCs())),
-    SAME_CHANGE("replace units", replace(a.unit, u'#', a.cs()),
-                replace(a.qUnit(), QChar('#'), a.qCs())),
-    SAME_CHANGE("truncate", truncate(a.i), truncate(a.i)),
-    SAME_CHANGE("chop", chop(a.i), chop(a.i)),
-    SAME_CHANGE("fill", fill(a.unit, a.i), fill(a.qUnit(), a.i < 0 ? -1 : a.i)),
-    SAME_CHANGE("assign a part of itself", assign(s.mid(a.i, a.j)), operator=(s.mid(a.i, a.j))),
+Operation const kOperations[] = {
+    SAME(Sign(a.text.compare(a.other, a.cs))),
+    BOTH(Sign(a.text.compare(a.other.toQString(), a.cs)), Sign(a.text.compare(a.other, a.cs))),
+    SAME(int(a.text < a.other)),
+    BOTH(int(a.text >= a.unit), int(a.text >= QString(a.unit))),
+    SAME(int(a.text == a.other)),
+    SAME(a.text.indexOf(a.other, std::max(a.i, -a.text.length()), a.cs)),
+    SAME(a.text.indexOf(a.unit, a.i, a.cs)),
+    SAME(a.text.lastIndexOf(a.other, a.i, a.cs)),
+    SAME(a.text.lastIndexOf(a.unit, a.i, a.cs)),
+    SAME(int(a.text.contains(a.other, a.cs))),
+    SAME(int(a.text.contains(a.unit, a.cs))),
+    BOTH(int(a.text.contains(a.other.toQString(), a.cs)), int(a.text.contains(a.other, a.cs))),
+    SAME(a.text.count(a.other, a.cs)),
+    SAME(a.text.count(a.unit, a.cs)),
+    SAME(int(a.text.startsWith(a.other, a.cs))),
+    SAME(int(a.text.startsWith(a.unit, a.cs))),
+    SAME(int(a.text.endsWith(a.other, a.cs))),
+    SAME(int(a.text.endsWith(a.unit, a.cs))),
+    SAME(a.text.left(a.i)),
+    SAME(a.text.right(a.i)),
+    SAME(a.text.mid(a.i, a.j)),
+    SAME(a.text.section(a.other, a.i, a.j, a.flags)),
+    SAME(a.text.section(u' ', a.i, a.j, a.flags)),
+    SAME(a.text.split(a.other, a.behavior, a.cs)),
+    SAME(a.text.split(a.unit, a.behavior, a.cs)),
+    BOTH(TString::join({a.text, a.third, a.other}, a.other),
+         QStringList({a.text, a.third, a.other}).join(a.other)),
+    SAME(a.text.trimmed()),
+    SAME(a.text.leftJustified(a.i, a.unit, a.j % 2 == 0)),
+    SAME(a.text.rightJustified(a.i, a.unit, a.j % 2 == 0)),
+    SAME(a.text.repeated(a.i)),
+    SAME(a.text.toLower()),
+    SAME(a.text.toUpper()),
+    SAME(a.text.normalized(a.form)),
+    BOTH(a.text + a.other + a.unit + a.third, QString(a.text + a.other + a.unit + a.third)),
+    BOTH(TString::fromLatin1(a.text.toLatin1().c_str()), QString::fromLatin1(a.text.toLatin1())),
+    BOTH(a.text.toQString(), a.text),
+    SAME_CHANGE(append(a.other)),
+    SAME_CHANGE(append(s)),
+    SAME_CHANGE(prepend(a.other)),
+    SAME_CHANGE(prepend(s)),
+    SAME_CHANGE(insert(a.i, a.other)),
+    SAME_CHANGE(insert(a.i, a.unit)),
+    BOTH_CHANGES(insert(a.i, s), insert(a.i, QString(s))),
+    BOTH_CHANGES(removeAt(a.i, a.j), remove(a.i, a.j)),
+    BOTH_CHANGES(removeAll(a.other, a.cs), remove(a.other, a.cs)),
+    BOTH_CHANGES(removeAll(a.unit, a.cs), remove(a.unit, a.cs)),
+    SAME_CHANGE(replace(a.i, std::max(a.j, 0), a.other)),
+    SAME_CHANGE(replace(a.other, a.third, a.cs)),
+    BOTH_CHANGES(replace(a.other, s, a.cs), replace(a.other, QString(s), a.cs)),
+    BOTH_CHANGES(replace(a.unit, u'#', a.cs), replace(a.unit, QChar('#'), a.cs)),
+    SAME_CHANGE(truncate(a.i)),
+    SAME_CHANGE(chop(a.i)),
+    BOTH_CHANGES(fill(a.unit, a.i), fill(a.unit, std::max(a.i, -1))),
+    BOTH_CHANGES(assign(s.mid(a.i, a.j)), operator=(s.mid(a.i, a.j))),
 };
 
 class RandomArguments
 {
 public:
-    Arguments next()
+    std::pair<Ours, Qts> next()
     {
-        Arguments a;
-        a.qText = text(m_random() % 8 == 0 ? 90 : 12);
-        a.qOther = text(3);
-        a.qThird = text(5);
-        a.text = a.qText;
-        a.other = a.qOther;
-        a.third = a.qThird;
-        a.unit = m_units[m_random() % m_units.size()];
-        a.i = int(m_random() % 20) - 6;
-        a.j = int(m_random() % 20) - 6;
-        a.withCase = m_random() % 2 == 0;
-        return a;
+        QString const text = this->text(m_random() % 8 == 0 ? 90 : 12);
+        QString const other = this->text(3);
+        QString const third = this->text(5);
+        char16_t const unit = m_units[m_random() % m_units.size()];
+        int const i = int(m_random() % 20) - 6;
+        int const j = int(m_random() % 20) - 6;
+        unsigned const bits = m_random();
+        bool const cs = bits % 2 == 0;
+        bool const keeps = bits % 4 < 2;
+        return {
+            {text, other, third, unit, i, j, cs ? TString::CaseSensitive : TString::CaseInsensitive,
+             keeps ? TString::KeepEmptyParts : TString::SkipEmptyParts,
+             TString::SectionFlags(bits / 4 % 16), TString::NormalizationForm(bits / 64 % 4)},
+            {text, other, third, QChar(unit), i, j, cs ? Qt::CaseSensitive : Qt::CaseInsensitive,
+             keeps ? Qt::KeepEmptyParts : Qt::SkipEmptyParts, QString::SectionFlags(bits / 4 % 16),
+             QString::NormalizationForm(bits / 64 % 4)}};
     }
 
 private:
@@ -263,28 +196,18 @@ private:
     uint m_astral[3] = {0x10400, 0x10428, 0x1F600}; // two letters of one case pair, no letter
 };
 
-void HoldAgainstQt(std::vector<Operation> const& operations)
+TEST(TStringDifferentialTest, AsksAndChangesAsQStringDoes)
 {
     RandomArguments random;
     for (int round = 0; round < 4000; ++round) {
-        Arguments const a = random.next();
-        for (Operation const& operation : operations) {
-            ASSERT_EQ(operation.ours(a), operation.qts(a))
+        auto const [a, q] = random.next();
+        for (Operation const& operation : kOperations) {
+            ASSERT_EQ(operation.ours(a), operation.qts(q))
                 << operation.name << ", round " << round << ": text " << a.text << ", other "
                 << a.other << ", third " << a.third << ", unit " << int(a.unit) << ", i " << a.i
-                << ", j " << a.j << ", case " << a.withCase;
+                << ", j " << a.j << ", case " << a.cs << ", split " << a.behavior;
         }
     }
-}
-
-TEST(TStringDifferentialTest, AsksAsQStringDoes)
-{
-    HoldAgainstQt(kQuestions);
-}
-
-TEST(TStringDifferentialTest, ChangesAsQStringDoes)
-{
-    HoldAgainstQt(kChanges);
 }
 
 TEST(TStringDifferentialTest, ReadsNumbersAsQStringDoes)
@@ -303,13 +226,15 @@ TEST(TStringDifferentialTest, ReadsNumbersAsQStringDoes)
         bool ok = false;
         bool qOk = false;
         auto const same = [&](auto value, auto qValue) {
-            EXPECT_EQ(Of(double(value), ok), Of(double(qValue), qOk)) << ours << " base " << base;
+            EXPECT_TRUE(ok == qOk && value == qValue) << ours << " base " << base << ": " << value;
         };
         same(ours.toShort(&ok, base), text.toShort(&qOk, base));
         same(ours.toUInt(&ok, base), text.toUInt(&qOk, base));
         same(ours.toLongLong(&ok, base), text.toLongLong(&qOk, base));
         same(ours.toULongLong(&ok, base), text.toULongLong(&qOk, base));
-        same(ours.toDouble(&ok), text.toDouble(&qOk));
+        double const number = ours.toDouble(&ok);
+        double const qNumber = text.toDouble(&qOk);
+        same(number == number ? number : 7.5, qNumber == qNumber ? qNumber : 7.5); // no number
         ASSERT_FALSE(HasFailure());
     }
 }

@@ -8,6 +8,7 @@
 #include <climits>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace std::string_literals;
@@ -35,46 +36,42 @@ std::string Declaration(std::string const& attributes)
 
 TEST(TTextEncodingTest, MarksAndDeclarationsTellTheEncoding)
 {
-    struct Case
+    struct
     {
         int line;
         std::string bytes;
         EncodingType encoding;
-        int bomLength;
-    };
-    Case const cases[] = {
+        int bomLength = 0;
+    } const cases[] = {
         // Marks, whole and cut short, and before a declaration that says something else.
         {__LINE__, "\xEF\xBB\xBF" + Declaration("encoding='iso-8859-1'"), EncodingUtf8, 3},
-        {__LINE__, "\xEF\xBB", EncodingUtf8, 0},
+        {__LINE__, "\xEF\xBB", EncodingUtf8},
         {__LINE__, "\xFF\xFE", EncodingUtf16LE, 2},
-        {__LINE__, "\xFF\xFE\0"s, EncodingUtf16LE, 2},
         {__LINE__, "\xFF\xFE\0\0"s, EncodingUtf32LE, 4},
         {__LINE__, "\xFF\xFE\0\x41\0\0"s, EncodingUtf16LE, 2},
-        {__LINE__, "\xFE\xFF\0<\0?\0x\0m\0l\0 "s, EncodingUtf8, 0}, // big-endian marks are none
+        {__LINE__, "\xFE\xFF\0<\0?\0x\0m\0l\0 "s, EncodingUtf8}, // big-endian marks are none
         // The start of a declaration in wide units, at its bounds and with one byte wrong.
-        {__LINE__, Bytes(U"<?xml", 2), EncodingUtf8, 0},
-        {__LINE__, Bytes(U"<?xml", 2) + " ", EncodingUtf16LE, 0},
-        {__LINE__, Bytes(U"<?xm\u016C ", 2), EncodingUtf8, 0},
-        {__LINE__, Bytes(U"<?xml", 4), EncodingUtf8, 0},
-        {__LINE__, Bytes(U"<?xml", 4) + " ", EncodingUtf32LE, 0},
-        {__LINE__, Bytes(U"<?xmk ", 4), EncodingUtf8, 0},
+        {__LINE__, Bytes(U"<?xml", 2), EncodingUtf8},
+        {__LINE__, Bytes(U"<?xml", 2) + " ", EncodingUtf16LE},
+        {__LINE__, Bytes(U"<?xm\u016C ", 2), EncodingUtf8},
+        {__LINE__, Bytes(U"<?xml", 4), EncodingUtf8},
+        {__LINE__, Bytes(U"<?xml", 4) + " ", EncodingUtf32LE},
+        {__LINE__, Bytes(U"<?xmk ", 4), EncodingUtf8},
         // Names, and what is around them.
-        {__LINE__, Declaration("encoding=\"ISO-8859-1\""), EncodingLatin1, 0},
-        {__LINE__, Declaration("encoding='utf-16le'"), EncodingUtf16LE, 0},
-        {__LINE__, Declaration("encoding \t=\r\n 'utf-32le'"), EncodingUtf32LE, 0},
-        {__LINE__, Declaration("encoding'iso-8859-1'"), EncodingLatin1, 0},
-        {__LINE__, Declaration("encoding\v'iso-8859-1'"), EncodingUtf8, 0},
-        {__LINE__, Declaration("encoding=iso-8859-1"), EncodingUtf8, 0},
-        {__LINE__, Declaration("encoding='iso-8859-1\""), EncodingUtf8, 0},
-        {__LINE__, Declaration("encoding='iso-8859-1"), EncodingUtf8, 0},
-        {__LINE__, Declaration("Encoding='iso-8859-1'"), EncodingUtf8, 0},
-        {__LINE__, Declaration("encoding='utf-16'"), EncodingUtf8, 0},
-        {__LINE__, Declaration("noencoding='utf-16le' encoding='iso-8859-1'"), EncodingUtf16LE, 0},
-        {__LINE__, "<?xml encoding='iso-8859-1'", EncodingUtf8, 0},
-        {__LINE__, "<?xml?> encoding='iso-8859-1'?>", EncodingUtf8, 0},
-        {__LINE__, "", EncodingUtf8, 0},
+        {__LINE__, Declaration("encoding=\"ISO-8859-1\""), EncodingLatin1},
+        {__LINE__, Declaration("encoding \t=\r\n 'utf-32le'"), EncodingUtf32LE},
+        {__LINE__, Declaration("encoding'iso-8859-1'"), EncodingLatin1},
+        {__LINE__, Declaration("encoding\v'iso-8859-1'"), EncodingUtf8},
+        {__LINE__, Declaration("encoding=iso-8859-1"), EncodingUtf8},
+        {__LINE__, Declaration("encoding='iso-8859-1\""), EncodingUtf8},
+        {__LINE__, Declaration("Encoding='iso-8859-1'"), EncodingUtf8},
+        {__LINE__, Declaration("encoding='utf-16'"), EncodingUtf8},
+        {__LINE__, Declaration("noencoding='utf-16le' encoding='iso-8859-1'"), EncodingUtf16LE},
+        {__LINE__, "<?xml encoding='iso-8859-1'", EncodingUtf8},
+        {__LINE__, "<?xml?> encoding='iso-8859-1'?>", EncodingUtf8},
+        {__LINE__, "", EncodingUtf8},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         // A block of exactly this size, so that a sanitizer sees a byte read too many.
         TTextEncoding const encoding(std::vector<unsigned char>(c.bytes.begin(), c.bytes.end()));
         EXPECT_EQ(encoding.Encoding(), c.encoding) << "line " << c.line;
@@ -85,15 +82,14 @@ TEST(TTextEncodingTest, MarksAndDeclarationsTellTheEncoding)
 
 TEST(TTextEncodingTest, PiecesBecomeTextAndOnlyTheFirstLosesItsMark)
 {
-    struct Case
+    std::string const latin1 = "<?xml encoding='iso-8859-1'?>";
+    TString const latin1Text(latin1.c_str());
+    struct
     {
         int line;
         std::vector<std::string> pieces; // the first one decides on the encoding
         std::vector<TString> texts;
-    };
-    std::string const latin1 = "<?xml encoding='iso-8859-1'?>";
-    TString const latin1Text(latin1.c_str());
-    Case const cases[] = {
+    } const cases[] = {
         {__LINE__, {"\xEF\xBB\xBFz\xC3\xA9", "\xEF\xBB\xBFz"}, {u"z\u00E9", u"\uFEFFz"}},
         {__LINE__, {"\xFF\xFEz\0\xE9\0"s, "\xFF\xFEz\0"s}, {u"z\u00E9", u"\uFEFFz"}},
         {__LINE__, {"\xFF\xFE\0\0z\0\0\0"s, "\xFF\xFE\0\0z\0\0\0"s}, {u"z", u"\uFEFFz"}},
@@ -106,15 +102,13 @@ TEST(TTextEncodingTest, PiecesBecomeTextAndOnlyTheFirstLosesItsMark)
         {__LINE__, {"a\0b"s, "a\0b\0"s, "\0"s}, {TString(u"a\0b", 3), u"a", u""}},
         {__LINE__, {latin1, "a\0b"s, "\xE9\0b\0"s}, {latin1Text, TString(u"a\0b", 3), u"\u00E9"}},
         {__LINE__,
-         {"\xFF\xFE"
-          "a\0\0\0\0\1"s,
-          "a\0\0\0\1\0\0\0\1"s},
-         {TString(u"a\0\u0100", 3), u"a"}},
+         {"\xFF\xFEz\0\0\0\0\1"s, "z\0\0\0\1\0\0\0\1"s},
+         {TString(u"z\0\u0100", 3), u"z"}},
         {__LINE__,
-         {"\xFF\xFE\0\0"s, Bytes(U"a\0b"s, 4), Bytes(U"a\0b\0"s, 4)},
-         {u"", TString(u"a\0b", 3), u"a"}},
+         {"\xFF\xFE\0\0z\0\0\0\0\0\0\0"s, Bytes(U"a\0b"s, 4)},
+         {u"z", TString(u"a\0b", 3)}},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         TTextEncoding encoding(c.pieces[0].data(), c.pieces[0].size());
         // Empty pieces do not count as the first one.
         EXPECT_EQ(encoding.ToTString(nullptr, 7) + encoding.ToTString("", 0), TString());
@@ -150,35 +144,27 @@ TEST(TTextEncodingTest, LongUnalignedPiecesAreConvertedWhole)
 TEST(TTextEncodingTest, APieceOfMoreThanATextHoldsIsRefusedBeforeItIsRead)
 {
     constexpr unsigned long kTooMany = TString::kMaxLength + 1ul;
-    struct Case
-    {
-        std::string start;
-        unsigned long unitBytes;
-    };
-    Case const cases[] = {
+    std::pair<std::string, unsigned long> const cases[] = {
         {"plain", 1}, {"<?xml encoding='iso-8859-1'?>", 1}, {"\xFF\xFE", 2}, {"\xFF\xFE\0\0"s, 4}};
-    for (Case const& c : cases) {
-        for (unsigned long const units : {kTooMany, UINT_MAX + 2ul, LONG_MAX / c.unitBytes - 1}) {
-            SCOPED_TRACE(testing::Message() << c.start << ": " << units);
-            TTextEncoding encoding(c.start.data(), c.start.size());
-            auto const size =
-                static_cast<unsigned long>(encoding.BOMLength()) + units * c.unitBytes;
-            EXPECT_KOR_ERROR(encoding.ToTString(c.start.data(), size), StringException, kTooLong);
+    for (auto const& [start, unitBytes] : cases) {
+        for (unsigned long const units : {kTooMany, UINT_MAX + 2ul, LONG_MAX / unitBytes - 1}) {
+            SCOPED_TRACE(testing::Message() << start << ": " << units);
+            TTextEncoding encoding(start.data(), start.size());
+            auto const size = static_cast<unsigned long>(encoding.BOMLength()) + units * unitBytes;
+            EXPECT_KOR_ERROR(encoding.ToTString(start.data(), size), StringException, kTooLong);
         }
     }
 }
 
 TEST(TTextEncodingTest, NamedCodecsDecodeAndTellFailure)
 {
-    struct Case
+    struct
     {
         int line;
-        char const* data;
-        char const* name;
+        char const *data, *name;
         TString text;
         std::optional<bool> failed; // nothing: not written
-    };
-    Case const cases[] = {
+    } const cases[] = {
         {__LINE__, "\xE4\x80", "windows-1252", u"\u00E4\u20AC", false},
         {__LINE__, "z\xFF", "utf-8", u"z\uFFFD", true},
         {__LINE__, "z\xC3\xA9", "no such codec", u"z\u00E9", {}},
@@ -187,7 +173,7 @@ TEST(TTextEncodingTest, NamedCodecsDecodeAndTellFailure)
         {__LINE__, "", "utf-8", u"", {}},
         {__LINE__, nullptr, "utf-8", u"", {}},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         for (bool const before : {false, true}) {
             bool failed = before;
             EXPECT_EQ(TStringFromEncoding(c.data, c.name, &failed), c.text) << "line " << c.line;

@@ -1,5 +1,6 @@
 #include "korcoreplatform/tests/support/AllocationCounter.h"
 
+#include <cstddef>
 #include <cstdlib>
 
 #if defined(__has_feature)
@@ -15,6 +16,7 @@
 namespace {
 
 thread_local int t_allocations = 0;
+thread_local long long t_bytes = 0;
 
 #if defined(KOR_OTHER_ALLOCATOR)
 constexpr bool kIsAvailable = false;
@@ -26,6 +28,16 @@ constexpr bool kIsAvailable = true;
 
 #if !defined(KOR_OTHER_ALLOCATOR)
 
+namespace {
+
+void Count(std::size_t bytes) noexcept
+{
+    ++t_allocations;
+    t_bytes += static_cast<long long>(bytes);
+}
+
+} // namespace
+
 extern "C" {
 
 void* TrueMalloc(std::size_t size) __asm__("__libc_malloc");
@@ -36,19 +48,19 @@ void* TrueRealloc(void* block, std::size_t size) __asm__("__libc_realloc");
 
 __attribute__((visibility("default"))) void* malloc(std::size_t size) noexcept
 {
-    ++t_allocations;
+    Count(size);
     return TrueMalloc(size);
 }
 
 __attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size) noexcept
 {
-    ++t_allocations;
+    Count(count * size);
     return TrueCalloc(count, size);
 }
 
 __attribute__((visibility("default"))) void* realloc(void* block, std::size_t size) noexcept
 {
-    ++t_allocations;
+    Count(size);
     return TrueRealloc(block, size);
 }
 
@@ -56,11 +68,16 @@ __attribute__((visibility("default"))) void* realloc(void* block, std::size_t si
 
 #endif
 
-AllocationCounter::AllocationCounter() : m_before(t_allocations) {}
+AllocationCounter::AllocationCounter() : m_before(t_allocations), m_bytesBefore(t_bytes) {}
 
 int AllocationCounter::Count() const
 {
     return t_allocations - m_before;
+}
+
+long long AllocationCounter::Bytes() const
+{
+    return t_bytes - m_bytesBefore;
 }
 
 bool AllocationCounter::IsAvailable()

@@ -11,9 +11,11 @@ public:
     AllocationCounter();
 
     int Count() const;
+    long long Bytes() const; ///< As asked for, in all allocations together.
 
     static bool IsAvailable();
 
 private:
     int m_before;
+    long long m_bytesBefore;
 };

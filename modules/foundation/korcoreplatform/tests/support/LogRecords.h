@@ -2,15 +2,17 @@
 
 #pragma once
 
+#include "korcoreplatform/main/core/logging/AsyncLogger.h"
 #include "korcoreplatform/main/core/logging/FileChannel.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
 #include "korcoreplatform/main/string/TString.h"
 
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -19,17 +21,45 @@
 
 #include <fcntl.h>
 
-inline int PaddingOf(int number)
+inline std::shared_ptr<TLog::FileChannel> MakeFileChannel(TPath const& path)
 {
-    return number % 64 == 0 ? 900 : number % 8 * 12; // records of every size of block
+    return std::make_shared<TLog::FileChannel>(
+        std::make_unique<TLog::FileChannel::LogFile>(path, O_WRONLY | O_APPEND | O_CREAT));
+}
+
+/// Makes a new logger of everything the process's.
+inline TLog::AsyncLogger& SetLogger(std::shared_ptr<TLog::Channel> const& channel)
+{
+    auto logger = std::make_unique<TLog::AsyncLogger>(TLog::Severity::Trace, TPath());
+    logger->AddChannel(channel);
+    TLog::AsyncLogger& result = *logger;
+    TLog::Logger::Set(std::move(logger));
+    return result;
+}
+
+/// Each thread calls `log(thread, i)` for i from 0 until it returns false. The destructor waits.
+template <class Log>
+std::vector<std::future<void>> StartThreads(int count, Log const& log)
+{
+    std::vector<std::future<void>> threads;
+    for (int thread = 0; thread != count; ++thread) {
+        threads.push_back(std::async(std::launch::async, [thread, log] {
+            for (int i = 0; log(thread, i); ++i) {}
+        }));
+    }
+    return threads;
+}
+
+inline TString PaddingOf(int number)
+{
+    return TString(u'x', number % 64 == 0 ? 900 : number % 8 * 12); // blocks of every size
 }
 
 /// Logs the record `number` of a thread.
 inline void LogNumber(int thread, int number)
 {
-    LogMessage(TLog::NonErrorSeverity(TLog::Severity::Info), TString::number(thread) + u' ' +
-                                                                 TString::number(number) + u' ' +
-                                                                 TString(u'x', PaddingOf(number)));
+    LogMessage(TLog::NonErrorSeverity(TLog::Severity::Info),
+               TString::number(thread) + u' ' + TString::number(number) + u' ' + PaddingOf(number));
 }
 
 /// The numbers of each thread's records, in the order in which they were found.
@@ -38,14 +68,14 @@ using Numbers = std::map<int, std::vector<int>>;
 /// Adds the number that a text of `LogNumber` has.
 inline void AddNumber(Numbers& numbers, std::string const& text)
 {
-    char* end = nullptr;
-    long const thread = std::strtol(text.c_str(), &end, 10);
-    long const number = std::strtol(end, &end, 10);
-    if (end !=
-        " " + std::string(static_cast<std::size_t>(PaddingOf(static_cast<int>(number))), 'x')) {
+    int thread = 0;
+    int number = 0;
+    int end = 0;
+    if (std::sscanf(text.c_str(), "%d %d %n", &thread, &number, &end) != 2 ||
+        text.substr(static_cast<std::size_t>(end)) != PaddingOf(number).toStdString()) {
         throw std::runtime_error("a changed text: " + text);
     }
-    numbers[static_cast<int>(thread)].push_back(static_cast<int>(number));
+    numbers[thread].push_back(number);
 }
 
 /// "0:0-99 1:0-5,7": thread 1 has no record 6, or it is elsewhere.
@@ -67,31 +97,23 @@ inline std::string InShort(Numbers const& numbers)
 }
 
 /// Reads a file of whole lines, the last of which may be torn.
-class LogReader
+struct LogReader
 {
-public:
-    explicit LogReader(std::filesystem::path const& path) : m_file(path, std::ios::binary) {}
+    explicit LogReader(std::filesystem::path const& path) : file(path, std::ios::binary) {}
 
     /// The next record, null behind the last one. Throws for a line that is no record.
     nlohmann::json Next()
     {
         std::string line;
-        if (!std::getline(m_file, line)) {
-            return nullptr;
-        }
-        if (m_file.eof()) {
-            m_tornEnd = line;
+        if (!std::getline(file, line) || file.eof()) {
+            tornEnd += line;
             return nullptr;
         }
         return nlohmann::json::parse(line);
     }
 
-    /// What follows the last line feed, once all is read.
-    std::string const& TornEnd() const { return m_tornEnd; }
-
-private:
-    std::ifstream m_file;
-    std::string m_tornEnd;
+    std::ifstream file;
+    std::string tornEnd; ///< What follows the last line feed, once all is read.
 };
 
 struct LogFileContent
@@ -112,12 +134,6 @@ inline LogFileContent ReadLogFile(std::filesystem::path const& path)
             content.otherKeys.push_back(record.at("k"));
         }
     }
-    content.tornEnd = reader.TornEnd();
+    content.tornEnd = reader.tornEnd;
     return content;
-}
-
-inline std::shared_ptr<TLog::FileChannel> MakeFileChannel(TPath const& path)
-{
-    return std::make_shared<TLog::FileChannel>(
-        std::make_unique<TLog::FileChannel::LogFile>(path, O_WRONLY | O_APPEND | O_CREAT));
 }

@@ -2,26 +2,19 @@
 
 #pragma once
 
-#include "korcoreplatform/main/core/files/TPath.h"
-#include "korcoreplatform/main/core/logging/Channel.h"
+#include "korcoreplatform/main/core/logging/CallbackChannel.h"
 #include "korsys/main/thread/TEvent.h"
 
 /// Once it is given a record it must not be destroyed.
-class StuckChannel : public TLog::Channel
+class StuckChannel : public TLog::CallbackChannel
 {
 public:
-    void Append(TLog::Severity, TLog::Event const&) override
-    {
-        reached.Signal();
-        TEvent().Wait(-1);
-    }
-    void Append(TLog::AccessLevel, TLog::Severity severity, TLog::Event const& event) override
-    {
-        Append(severity, event);
-    }
-    void Flush() override {}
-    TPath GetPath() const override { return {}; }
-    unsigned long GetFileSizeMB() const override { return 0; }
+    StuckChannel()
+        : CallbackChannel([this](auto...) {
+              reached.Signal();
+              TEvent().Wait(-1);
+          })
+    {}
 
     TEvent reached;
 };

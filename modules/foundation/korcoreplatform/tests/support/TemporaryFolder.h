@@ -39,8 +39,10 @@ public:
     TPath operator/(TString const& name) const { return Path() / TPath(name); }
     std::filesystem::path Native(std::string const& name) const { return m_native / name; }
 
+    /// Makes the folders on the way to the file as well.
     void Write(std::string const& name, std::string const& bytes) const
     {
+        std::filesystem::create_directories(Native(name).parent_path());
         std::ofstream(Native(name), std::ios::binary) << bytes;
     }
 

@@ -5,7 +5,7 @@
 #include "korsys/main/KorSysExport.h"
 
 #include <cstddef>
-#include <iterator>
+#include <string_view> // declares the iterator tags as well, in less than half of <iterator>
 
 /// A constant bidirectional iterator over the code points of a text. A surrogate without its
 /// partner is delivered as itself.

@@ -7,10 +7,8 @@
 #include "korsys/main/text/TStringManager.h"
 
 #include <cstddef>
-#include <functional>
 #include <initializer_list>
 #include <iosfwd>
-#include <iterator>
 #include <string>
 #include <vector>
 

@@ -6,13 +6,13 @@
 #include "korsys/main/error/ThrowError.h"
 #include "korsys/tests/support/KorTest.h"
 
-#include <exception>
 #include <memory>
 #include <type_traits>
 #include <vector>
 
 namespace {
 
+constexpr char kOfTheSystem[] = "KorvelException_AutoGen_0xB5B83DCB";
 using Messages = std::vector<TStringCore>;
 
 TError::ErrorInfo AnyInfo()
@@ -25,12 +25,11 @@ TError::ErrorInfo AnyInfo()
 class DerivedException : public KorvelException
 {
 public:
-    DerivedException(TStringCore const& message, TError::ErrorInfo const& info, int frames = 0)
+    DerivedException(TStringCore const& message, TError::ErrorInfo const& info,
+                     TStringCore const& more = u"")
         : KorvelException(message, info)
     {
-        for (int i = 0; i < frames; ++i) {
-            StackMessage(u"frame");
-        }
+        StackMessage(more);
     }
     DerivedException* Clone() const override { return new DerivedException(*this); }
     [[noreturn]] void Throw() const override { throw DerivedException(*this); }
@@ -43,28 +42,36 @@ struct BothWays
     operator TFormatStringCore() const { return TFormatStringCore(u"%1!").arg({u"format"}); }
 };
 
-TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryForm)
+TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryFormAndCopiesChangeAlone)
 {
-    struct Case
+    static_assert(std::is_nothrow_copy_constructible_v<LogicException>);
+    KorvelException const original(u"m", AnyInfo());
+    KorvelException stacked(original);
+    TError::ErrorInfo const& info = stacked.GetErrorInfo();
+    stacked.StackMessage(u"b");
+    stacked.StackMessageFront(u"a");
+    EXPECT_EQ(&info, &stacked.GetErrorInfo()) << "the record outlives new messages";
+    KorvelException assigned(u"other", AnyInfo());
+    assigned = original;
+    assigned.StackMessage(u"z");
+    struct
     {
         int line;
         KorvelException exception;
         Messages messages;
         char const* what;
         char16_t const* logLine;
-    };
-    KorvelException stacked(u"m", AnyInfo());
-    stacked.StackMessage(u"b");
-    stacked.StackMessageFront(u"a");
-    Case const cases[] = {
+    } const cases[] = {
+        {__LINE__, original, {u"m"}, "m", u"m"},
         {__LINE__, stacked, {u"a", u"m", u"b"}, "a\nm\nb", u"a | m | b"},
+        {__LINE__, assigned, {u"m", u"z"}, "m\nz", u"m | z"},
         {__LINE__, {u"Stra\u00DF", AnyInfo()}, {u"Stra\u00DF"}, "Stra\xC3\x9F", u"Stra\u00DF"},
         {__LINE__, {Messages{u"1", u""}, AnyInfo()}, {u"1", u""}, "1\n", u"1 | "},
         {__LINE__, {Messages(), AnyInfo()}, {}, "", u""},
         {__LINE__, {TFormatStringCore(u"%1%2").arg({u"3"}), AnyInfo()}, {u"3%2"}, "3%2", u"3%2"},
         {__LINE__, {BothWays(), AnyInfo()}, {u"format!"}, "format!", u"format!"},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         SCOPED_TRACE(c.line);
         EXPECT_EQ(c.exception.GetMessages(), c.messages);
         EXPECT_EQ(c.exception.GetMessagesFront(), c.messages.empty() ? u"" : c.messages.front());
@@ -72,20 +79,6 @@ TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryForm)
         EXPECT_EQ(c.exception.GetConcatenatedMessages(), TStringCore::fromUtf8(c.what));
         EXPECT_EQ(c.exception.CollateMessagesForLog(), c.logLine);
     }
-}
-
-TEST(KorvelExceptionTest, CopiesNeverThrowAndChangeAlone)
-{
-    static_assert(std::is_nothrow_copy_constructible_v<LogicException>);
-    KorvelException const original(u"m", AnyInfo());
-    KorvelException front(original);
-    KorvelException back(u"other", AnyInfo());
-    back = original;
-    front.StackMessageFront(u"a");
-    back.StackMessage(u"z");
-    EXPECT_STREQ(original.what(), "m");
-    EXPECT_STREQ(front.what(), "a\nm");
-    EXPECT_STREQ(back.what(), "m\nz");
 }
 
 TEST(KorvelExceptionTest, CloneAndThrowKeepTheDynamicType)
@@ -105,30 +98,18 @@ TEST(KorvelExceptionTest, CloneAndThrowKeepTheDynamicType)
     }
 }
 
-TEST(KorvelExceptionTest, ThrowErrorBuildsTheRecordOfTheThrowingPlace)
+TEST(KorvelExceptionTest, ThrowingBuildsTheRecordAndTheMessageOfThePlace)
 {
-    EXPECT_KOR_ERROR(ThrowError<StringException>(u"plain", &KorErrorsError::AutoGen_0x1A36D05F),
-                     StringException, "KorvelException_AutoGen_0x1A36D05F");
+    EXPECT_KOR_ERROR_TEXT(ThrowError<StringException>(u"m", &KorErrorsError::AutoGen_0x1A36D05F),
+                          StringException, "KorvelException_AutoGen_0x1A36D05F", u"m");
+    auto const run = [] {
+        ThrowError<DerivedException>(
+            TStringCore(u"m"), &KorErrorsError::AutoGen_0xB5B83DCB, TError::ErrorSource::System,
+            u"Unable to flush \"f\" afer exhausting all retries.  Giving up.");
+    };
+    EXPECT_KOR_ERROR_TEXT(run(), DerivedException, kOfTheSystem, u"m");
+    // The path is Latin-1, the text UTF-8; neither is a template.
     try {
-        ThrowError<DerivedException>(u"m", &KorErrorsError::AutoGen_0xB5B83DCB);
-    } catch (DerivedException const& e) {
-        EXPECT_STREQ(e.what(), "m");
-        EXPECT_EQ(static_cast<int>(e.GetErrorInfo().GetErrorSource()), 4);
-        EXPECT_EQ(static_cast<int>(e.GetErrorInfo().GetStatusCode()), 2);
-    }
-    try {
-        ThrowError<DerivedException>(TStringCore(u"m"), &KorErrorsError::AutoGen_0xB5B83DCB,
-                                     TError::ErrorSource::System, 2);
-    } catch (DerivedException const& e) {
-        EXPECT_STREQ(e.what(), "m\nframe\nframe");
-        EXPECT_EQ(static_cast<int>(e.GetErrorInfo().GetErrorSource()), 2);
-    }
-}
-
-TEST(KorvelExceptionTest, LogicAssertNamesPlaceAndText)
-{
-    try {
-        // The path is Latin-1, the text UTF-8; neither is a template.
         ThrowLogicException("main/%3\xFC", 176, "a %1 \xC3\xBC",
                             KorErrorsError::LogicAssert_0x0AAE8A7B());
     } catch (LogicException const& e) {
@@ -136,17 +117,9 @@ TEST(KorvelExceptionTest, LogicAssertNamesPlaceAndText)
                                "a %1 \xC3\xBC");
         TError::ErrorInfo const& info = e.GetErrorInfo();
         EXPECT_EQ(info.GetError().GetName(), u"LogicException_LogicAssert_0x0AAE8A7B");
-        EXPECT_EQ(static_cast<int>(info.GetErrorSource()), 4);
-        EXPECT_EQ(static_cast<int>(info.GetStatusCode()), 2);
+        EXPECT_EQ(info.GetErrorSource(), TError::ErrorSource::Internal);
+        EXPECT_EQ(info.GetStatusCode(), grpc::UNKNOWN);
     }
-}
-
-TEST(KorvelExceptionTest, TheRecordOutlivesNewMessages)
-{
-    KorvelException exception(u"m", AnyInfo());
-    TError::ErrorInfo const& info = exception.GetErrorInfo();
-    exception.StackMessage(u"z");
-    EXPECT_EQ(&info, &exception.GetErrorInfo());
 }
 
 } // namespace

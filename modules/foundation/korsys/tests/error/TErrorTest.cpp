@@ -4,6 +4,8 @@
 #include "korsys/main/system/TStackWalker.h"
 #include "korsys/tests/support/KorTest.h"
 
+#include <tuple>
+
 namespace {
 
 TError::ErrorInfo MakeInfo(int source = 4, int code = 2)
@@ -15,13 +17,7 @@ TError::ErrorInfo MakeInfo(int source = 4, int code = 2)
 
 TEST(TErrorTest, MembersHaveTheirCanonicalTexts)
 {
-    struct Case
-    {
-        int source;
-        int code;
-        char16_t const* texts;
-    };
-    Case const cases[] = {
+    std::tuple<int, int, char16_t const*> const cases[] = {
         {0, 0, u"Unspecified 0 OK"},
         {2, 2, u"System 2 UNKNOWN"},
         {4, 9, u"Internal 9 FAILED_PRECONDITION"},
@@ -29,15 +25,13 @@ TEST(TErrorTest, MembersHaveTheirCanonicalTexts)
         {-7, 17, u"-7 17 17"},            // nor such a code
         {4, -1, u"Internal -1 -1"},
     };
-    for (Case const& c : cases) {
-        TError::ErrorInfo const info = MakeInfo(c.source, c.code);
-        TStringCore id;
-        TStringCore source;
-        TStringCore code;
-        info.GetMembersAsStrings(id, source, code);
+    for (auto const& [source, code, texts] : cases) {
+        TError::ErrorInfo const info = MakeInfo(source, code);
+        TStringCore members[3];
+        info.GetMembersAsStrings(members[0], members[1], members[2]);
         TStringCore const name = TError::GetStatusCodeAsString(info.GetStatusCode());
-        EXPECT_EQ(id, u"TIOException_AutoGen_0x3DE8E9E4");
-        EXPECT_EQ(TStringCore::join({source, code, name}, u' '), c.texts);
+        EXPECT_EQ(members[0], u"TIOException_AutoGen_0x3DE8E9E4");
+        EXPECT_EQ(TStringCore::join({members[1], members[2], name}, u' '), texts);
     }
 }
 

@@ -7,10 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <exception>
 #include <functional>
-#include <iterator>
 #include <ostream>
 #include <string>
 #include <typeinfo>
@@ -26,20 +24,11 @@ namespace KorTest {
 /// The message that the list of errors has beside an id string.
 inline std::string ListedMessage(std::string const& id)
 {
-    struct Row
-    {
-        char const* id;
-        char const* message;
-    };
-    static constexpr Row kRows[] = {
-#define KOR_ERROR_ID(category, kind, number, message) {#category "_" #kind "_" #number, message},
-#include "korsys/main/error/KorErrorIds.h"
-    };
-    for (Row const& row : kRows) {
-        if (id == row.id) {
-            return row.message;
-        }
+#define KOR_ERROR_ID(category, kind, number, message)                                              \
+    if (id == #category "_" #kind "_" #number) {                                                   \
+        return message;                                                                            \
     }
+#include "korsys/main/error/KorErrorIds.h"
     return "no such id";
 }
 
@@ -69,64 +58,43 @@ inline bool FitsList(std::string const& message, std::string const& id)
     return false;
 }
 
-/// Whether one of the messages is the one that the list has for the id.
-inline testing::AssertionResult HasListedMessage(KorvelException const& e, std::string const& id)
-{
-    for (TStringCore const& message : e.GetMessages()) {
-        if (FitsList(message.toStdString(), id)) {
-            return testing::AssertionSuccess();
-        }
-    }
-    return testing::AssertionFailure() << "threw " << id << " with \"" << e.what()
-                                       << "\", listed is \"" << ListedMessage(id) << '"';
-}
-
-/// Whether the record blames the source that the place with this id blames, with status UNKNOWN.
-inline testing::AssertionResult HasSourceAndStatus(TError::ErrorInfo const& info,
-                                                   std::string const& id)
-{
-    static constexpr char const* kOfTheSystem[] = {"TIOException_TFile_0x47B61D6A",
-                                                   "KorvelException_AutoGen_0xB5B83DCB",
-                                                   "KorvelException_AutoGen_0x8CA372D6"};
-    bool const isOfTheSystem =
-        std::find(std::begin(kOfTheSystem), std::end(kOfTheSystem), id) != std::end(kOfTheSystem);
-    auto const expected =
-        isOfTheSystem ? TError::ErrorSource::System : TError::ErrorSource::Internal;
-    if (info.GetErrorSource() == expected && info.GetStatusCode() == grpc::UNKNOWN) {
-        return testing::AssertionSuccess();
-    }
-    return testing::AssertionFailure()
-           << id << " has source " << static_cast<int>(info.GetErrorSource()) << " and status "
-           << static_cast<int>(info.GetStatusCode());
-}
-
-/// Whether `run` throws a KorvelException of exactly the class `type` with the id string `id` and
-/// the message listed for it, source and status included, and `firstMessage` unless that is empty.
+/// What is wrong with the error that `run` throws, nothing if it is of exactly the class `type`,
+/// has the id string `id`, the message listed for it, the source that its place blames, status
+/// UNKNOWN, and `firstMessage` unless that is empty.
 inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
                                             std::type_info const& type, std::string const& id,
                                             TStringCore const& firstMessage = TStringCore())
 {
+    auto const failure = [&] { return testing::AssertionFailure() << "expected " << id << ": "; };
     try {
         run();
-    } catch (std::exception const& e) {
-        auto const* const error = dynamic_cast<KorvelException const*>(&e);
-        std::string const actual =
-            error != nullptr ? error->GetErrorInfo().GetError().GetName().toStdString() : "no id";
-        if (error != nullptr && typeid(e) == type && actual == id) {
-            testing::AssertionResult const blame = HasSourceAndStatus(error->GetErrorInfo(), id);
-            if (!blame) {
-                return blame;
-            }
-            if (!firstMessage.isEmpty() && error->GetMessagesFront() != firstMessage) {
-                return testing::AssertionFailure() << id << " says " << e.what();
-            }
-            return HasListedMessage(*error, id);
+    } catch (KorvelException const& e) {
+        TError::ErrorInfo const& info = e.GetErrorInfo();
+        if (typeid(e) != type || id != info.GetError().GetName().toStdString()) {
+            return failure() << typeid(e).name() << ' ' << info.GetError().GetName() << ' '
+                             << e.what();
         }
-        return testing::AssertionFailure()
-               << "threw " << typeid(e).name() << " with " << actual << " (" << e.what()
-               << "), expected " << type.name() << " with " << id;
+        bool const isOfTheSystem = id == "TIOException_TFile_0x47B61D6A" ||
+                                   id == "KorvelException_AutoGen_0xB5B83DCB" ||
+                                   id == "KorvelException_AutoGen_0x8CA372D6";
+        if (info.GetErrorSource() !=
+                (isOfTheSystem ? TError::ErrorSource::System : TError::ErrorSource::Internal) ||
+            info.GetStatusCode() != grpc::UNKNOWN) {
+            return failure() << "source " << static_cast<int>(info.GetErrorSource()) << ", status "
+                             << static_cast<int>(info.GetStatusCode());
+        }
+        bool isListed = false;
+        for (TStringCore const& message : e.GetMessages()) {
+            isListed = isListed || FitsList(message.toStdString(), id);
+        }
+        if (!isListed || (!firstMessage.isEmpty() && e.GetMessagesFront() != firstMessage)) {
+            return failure() << "says " << e.what() << ", listed " << ListedMessage(id);
+        }
+        return testing::AssertionSuccess();
+    } catch (std::exception const& e) {
+        return failure() << typeid(e).name() << ' ' << e.what();
     }
-    return testing::AssertionFailure() << "did not throw, expected " << id;
+    return failure() << "did not throw";
 }
 
 } // namespace KorTest

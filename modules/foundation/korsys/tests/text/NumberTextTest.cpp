@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <random>
 #include <string>
 #include <tuple>
@@ -37,7 +38,7 @@ auto Read(Reader reader, Text const& text, Base... base)
 template <class Value, class Result, class... Format>
 std::string Written(Result (*write)(char16_t*, Value, Format...), Value value, Format... format)
 {
-    std::vector<char16_t> units(kMaxIntegerUnits);
+    std::vector<char16_t> units(sizeof...(format) == 0 ? kMaxDecimal32Units : kMaxIntegerUnits);
     auto const length = write(units.data(), value, format...);
     return std::string(units.begin(), units.begin() + length);
 }
@@ -47,12 +48,11 @@ std::string Unsigned(std::uint64_t value, int base)
     return Written(WriteUnsigned, value, base);
 }
 
-template <class Integer>
-std::string Decimal32(Integer value)
+void CheckDecimal32(std::uint32_t value)
 {
-    std::vector<char16_t> units(kMaxDecimal32Units);
-    auto const length = WriteDecimal(units.data(), value);
-    return std::string(units.begin(), units.begin() + length);
+    auto const narrow = static_cast<std::int32_t>(value);
+    ASSERT_EQ(Written<std::int32_t>(WriteDecimal, narrow), std::to_string(narrow));
+    ASSERT_EQ(Written<std::uint32_t>(WriteDecimal, value), std::to_string(value));
 }
 
 std::string Float(double value, char format, int precision, bool trim = false)
@@ -66,9 +66,7 @@ TEST(NumberTextTest, IntegersOfEveryLengthReadBackWhatWasWritten)
     std::mt19937_64 random(301); // fixed seed: a failure can be run again
     for (int i = 0; i < 20000; ++i) {
         std::uint64_t const value = random() >> random() % 64;
-        auto const narrow = static_cast<std::int32_t>(value);
-        ASSERT_EQ(Decimal32(narrow), std::to_string(narrow));
-        ASSERT_EQ(Decimal32(std::uint32_t(value)), std::to_string(std::uint32_t(value)));
+        ASSERT_NO_FATAL_FAILURE(CheckDecimal32(std::uint32_t(value)));
         int const base = 2 + i % 63;
         std::string const text = Unsigned(value, base);
         if (base <= 36) {
@@ -85,11 +83,11 @@ TEST(NumberTextTest, IntegersOfEveryLengthReadBackWhatWasWritten)
     for (int digits = 0; digits < 20; ++digits, power *= 10) {
         for (std::uint64_t const value : {power - 1, power, power + 1}) {
             ASSERT_EQ(Unsigned(value, 10), std::to_string(value));
-            ASSERT_EQ(Decimal32(std::uint32_t(value)), std::to_string(std::uint32_t(value)));
-            ASSERT_EQ(Decimal32(-std::int32_t(value)), std::to_string(-std::int32_t(value)));
+            ASSERT_NO_FATAL_FAILURE(CheckDecimal32(std::uint32_t(value)));
+            ASSERT_NO_FATAL_FAILURE(CheckDecimal32(-std::uint32_t(value)));
         }
     }
-    EXPECT_EQ(Decimal32(INT32_MIN), "-2147483648");
+    ASSERT_NO_FATAL_FAILURE(CheckDecimal32(1u << 31));
     EXPECT_EQ(Written(WriteSigned, INT64_MIN, 10), "-9223372036854775808");
     EXPECT_EQ(Written(WriteSigned, std::int64_t(-1), 8), "1777777777777777777777");
     EXPECT_EQ(Unsigned(62 * 63 + 61, 63), "-Z");
@@ -121,72 +119,34 @@ TEST(NumberTextTest, FieldsPadOnTheSideOfTheSignAndPointersAfterTheirPrefix)
 
 TEST(NumberTextTest, IntegerGrammar)
 {
-    struct Case
-    {
-        std::u16string text;
-        int base;
-        std::int64_t value;
-        bool fitsUnsigned = true;
-    };
-    Case const cases[] = {
-        {u" \t\u3000-12\u00A0\n", 10, -12, false},
-        {u"+7", 10, 7},
-        {u"-0", 10, 0, false},
-        {u"0000000000000000000000000000012", 10, 12},
-        {u"0x1F", 0, 31},
-        {u"-0X1f", 16, -31, false},
+    // In bases 63 and 64 a leading "-" is the sign.
+    std::vector<std::tuple<std::u16string, int, std::optional<int>>> cases = {
+        {u" \t\u3000-12\u00A0\n", 10, -12},
+        {u"000000000000000000000012", 10, 12},
+        {u"-0X1f", 16, -31},
         {u"017", 0, 15},
-        {u"0", 0, 0},
-        {u"0x1", 36, 33 * 36 + 1},
-        {u"Zz", 36, 35 * 36 + 35}, // letters in both cases, up to this base
-        {u"--", 63, -62, false},   // the first one is the sign
+        {u"Zz", 36, 35 * 36 + 35},
+        {u"--", 63, -62},
         {u"+-_", 64, 62 * 64 + 63},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.value << " in base " << c.base);
-        Parsed<std::int64_t> const number = Read(ToInt64, c.text, c.base);
-        EXPECT_TRUE(number.ok && number.value == c.value) << number.value;
-        Parsed<std::int32_t> const narrow = Read(ToInt32, c.text, c.base);
-        EXPECT_TRUE(narrow.ok && narrow.value == c.value) << narrow.value;
-        Parsed<std::uint64_t> const positive = Read(ToUInt64, c.text, c.base);
-        EXPECT_EQ(positive.ok, c.fitsUnsigned);
-        EXPECT_EQ(positive.value, c.fitsUnsigned ? std::uint64_t(c.value) : 0);
+        {u"1_", 63, {}},
+        {u"0", 1, {}},
+        {u"1", 65, {}}};
+    // What is no number: an Arabic digit, units that end in the byte of a digit, the neighbours of
+    // the digits.
+    for (char16_t const* text : {u"+-1", u"1 2", u"1x1", u"0x0x1", u"0x-1", u"123\u0664",
+                                 u"123\u0134", u"\u8035678", u"12345/789", u"1234567:9"}) {
+        cases.emplace_back(text, 16, std::nullopt);
+        cases.emplace_back(text, 10, std::nullopt);
     }
-}
-
-TEST(NumberTextTest, WhatIsNoInteger)
-{
-    std::pair<int, std::vector<std::u16string>> const cases[] = {
-        {10, {u"", u" ", u"-", u"+-1", u"- 1", u"1 2", u"0x10"}},
-        // An Arabic digit; units that end in the byte of a digit; the neighbours of the digits.
-        {10, {u"123\u0664", u"123\u0134", u"\u8035678", u"12345/789", u"1234567:9"}},
-        {0, {u"08", u"0x", u"0x0x1", u"1a"}},
-        {16, {u"0x", u"0x-1", u"g"}},
-        {63, {u"1_"}},
-        {1, {u"0"}}, // no bases
-        {65, {u"1"}},
-    };
-    for (auto const& [base, texts] : cases) {
-        for (std::size_t i = 0; i < texts.size(); ++i) {
-            SCOPED_TRACE(testing::Message() << "base " << base << " text " << i);
-            Parsed<std::int64_t> const number = Read(ToInt64, texts[i], base);
-            EXPECT_TRUE(!number.ok && number.value == 0);
-            EXPECT_FALSE(Read(ToInt32, texts[i], base).ok || Read(ToUInt64, texts[i], base).ok);
-        }
-    }
-}
-
-TEST(NumberTextTest, OnlyWhiteSpaceMayStandAround)
-{
-    std::u16string const space =
-        u"\t\n\v\f\r \u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005"
-        u"\u2006\u2007\u2008\u2009\u200A\u2028\u2029\u202F\u205F\u3000";
-    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
-        auto const c = static_cast<char16_t>(unit);
-        bool const fits = space.find(c) != space.npos || (c >= u'0' && c <= u'9');
-        char16_t const after[] = {u'1', c};
-        ASSERT_EQ(ToInt32(after, 2).ok, fits) << unit;
-        ASSERT_EQ(ToDouble(after, 2).ok, fits || c == u'.') << unit;
+    for (auto const& [text, base, value] : cases) {
+        SCOPED_TRACE(testing::PrintToString(text));
+        auto const check = [&expected = value](auto number, bool fits) {
+            EXPECT_EQ(number.ok, expected && fits);
+            EXPECT_EQ(std::int64_t(number.value), fits ? expected.value_or(0) : 0);
+        };
+        check(Read(ToInt64, text, base), true);
+        check(Read(ToInt32, text, base), true);
+        check(Read(ToUInt64, text, base), value > 0);
     }
 }
 
@@ -195,12 +155,8 @@ __extension__ using Magnitude = unsigned __int128;
 /// The digits of a number that may be wider than 64 bits.
 std::string Wide(Magnitude value, int base)
 {
-    std::string text;
-    do {
-        text.insert(0, Unsigned(static_cast<std::uint64_t>(value % unsigned(base)), base));
-        value /= unsigned(base);
-    } while (value != 0);
-    return text;
+    std::string const last = Unsigned(static_cast<std::uint64_t>(value % unsigned(base)), base);
+    return value < unsigned(base) ? last : Wide(value / unsigned(base), base) + last;
 }
 
 template <class Integer>
@@ -217,10 +173,8 @@ void CheckRange(Parsed<Integer> (*reader)(char16_t const*, int, int) = ToInteger
         for (Magnitude const tooLarge : {largest + 1, largest * Magnitude(base), largest << 40}) {
             check(Wide(tooLarge, base), false, 0);
         }
-        if (Limits::is_signed) {
-            check("-" + Wide(largest + 1, base), true, Limits::min());
-            check("-" + Wide(largest + 2, base), false, 0);
-        }
+        check("-" + Wide(largest + 1, base), Limits::is_signed, Limits::min());
+        check("-" + Wide(largest + 2, base), false, 0);
     }
 }
 
@@ -254,25 +208,21 @@ TEST(NumberTextTest, LeftLengthsMeasureTheLongestNumber)
 
 TEST(NumberTextTest, FloatFormats)
 {
-    struct Case
+    struct
     {
         double value;
         char format;
         int precision;
-        char const* text;
-        char const* trimmed;
-    };
-    Case const cases[] = {
+        char const *text, *trimmed;
+    } const cases[] = {
         // The forms, their capitals and what is none of them.
         {1234.5, 'E', 6, "1.234500E+03", "1.2345E+03"},
-        {1234.5, 'f', 3, "1234.500", "1234.5"},
         {1.0 / 3, '?', 3, "0.333", "0.333"},
         {1e-7, 'G', 6, "1E-07", "1E-07"},
         // Where 'g' changes its form; its precision; the default one.
         {0.00001, 'g', 6, "1e-05", "1e-05"},
         {0.0001, 'g', 6, "0.0001", "0.0001"},
         {999999.5, 'g', 6, "1e+06", "1e+06"},
-        {1.5e-300, 'g', 16, "1.5e-300", "1.5e-300"},
         {12, 'g', 0, "1e+01", "1e+01"},
         {2, 'f', -1, "2.000000", "2"},
         // Ties go away from zero; 99.95 is 99.9500000000000028...
@@ -280,14 +230,13 @@ TEST(NumberTextTest, FloatFormats)
         {1234565, 'g', 6, "1.23457e+06", "1.23457e+06"},
         {99.95, 'f', 1, "100.0", "100"},
         // Zero and its sign; no numbers.
-        {0, 'e', 2, "0.00e+00", "0e+00"},
         {-0.0, 'f', 2, "0.00", "0"},
         {-0.001, 'f', 2, "-0.00", "-0"},
         {-kInfinity, 'g', 6, "-inf", "-inf"},
         {kInfinity, 'E', 6, "INF", "INF"},
         {-kNan, 'F', 6, "NAN", "NAN"},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         EXPECT_EQ(Float(c.value, c.format, c.precision), c.text);
         EXPECT_EQ(Float(c.value, c.format, c.precision, true), c.trimmed) << c.text;
     }
@@ -345,10 +294,6 @@ TEST(NumberTextTest, EveryDigitOfADoubleIsExact)
         ASSERT_EQ(Float(value, 'f', precision),
                   Reference(value, std::chars_format::fixed, precision));
     }
-}
-
-TEST(NumberTextTest, LongFloatTexts)
-{
     double const largest = std::numeric_limits<double>::max();
     std::string const text = Float(-largest, 'f', 2000);
     EXPECT_EQ(text,
@@ -361,58 +306,45 @@ TEST(NumberTextTest, LongFloatTexts)
 
 TEST(NumberTextTest, FloatGrammar)
 {
-    struct Case
-    {
-        std::u16string text;
-        double value;
-        bool ok = true;
-    };
     std::u16string const zeros(40, u'0');
-    Case const cases[] = {
-        {u" \u2003-12.5e+1\t", -125},
-        {u"+.5", 0.5},
-        {u"1.E5", 1e5},
-        {u"-0", -0.0},
-        {u"00000000000000.00000000000", 0},
-        {zeros + u"12." + zeros + u"5e0", 12},
-        {u"." + zeros + zeros + u"1e81", 1},
-        {u"1" + zeros + zeros + u"e-80", 1},
-        {u"iNf ", kInfinity},
-        {u"-INF", -kInfinity},
-        {u" NaN", kNan},
-        // Too large, too small.
-        {u"1.7976931348623158e308", 1.7976931348623157e308},
+    // Behind the forms: what is too large or too small; ties go to even, a digit far behind
+    // decides.
+    std::tuple<std::u16string, double, bool> const cases[] = {
+        {u" \u2003-12.5e+1\t", -125, true},
+        {u"1.E5", 1e5, true},
+        {u"-0", -0.0, true},
+        {u"00000000000000.00000000000", 0, true},
+        {zeros + u"12." + zeros + u"5e0", 12, true},
+        {u"1" + zeros + zeros + u"e-80", 1, true},
+        {u"iNf ", kInfinity, true},
+        {u" NaN", kNan, true},
+        {u"1.7976931348623158e308", 1.7976931348623157e308, true},
         {u"-1.7976931348623159e308", -kInfinity, false},
         {u"1" + std::u16string(400, u'0'), kInfinity, false},
         {u"1e99999999999999999999", kInfinity, false},
-        {u"2.4703282292062328e-324", 5e-324},
+        {u"2.4703282292062328e-324", 5e-324, true},
         {u"12345678901234567890123e-9999999999", 0, false},
-        // Ties go to even; a digit far behind decides, too.
-        {u"9007199254740993", 9007199254740992},
-        {u"90071992547409930e-1", 9007199254740992},
-        {u"9007199254740993." + zeros + u"1", 9007199254740994},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(std::string(c.text.begin(), c.text.end()));
-        Parsed<double> const number = Read(ToDouble, c.text);
-        EXPECT_EQ(number.ok, c.ok);
-        bool const bothNan = std::isnan(number.value) && std::isnan(c.value);
-        bool const equal =
-            number.value == c.value && std::signbit(number.value) == std::signbit(c.value);
-        EXPECT_TRUE(bothNan || equal) << number.value;
-    }
-}
-
-TEST(NumberTextTest, WhatIsNoFloat)
-{
-    // At last the neighbours of the digits and a unit that ends in the byte of one.
-    std::vector<std::u16string> const texts = {
-        u"",     u".",    u"-.e1",     u"1e", u"1e+", u"1e 5",      u"- 1",       u"1.2.3",
-        u"-nan", u"+nan", u"infinity", u"in", u"1d5", u"1.234567/", u"12345678:", u"1234567\u0138"};
-    for (std::u16string const& text : texts) {
+        {u"9007199254740993", 9007199254740992, true},
+        {u"90071992547409930e-1", 9007199254740992, true},
+        {u"9007199254740993." + zeros + u"1", 9007199254740994, true}};
+    for (auto const& [text, value, ok] : cases) {
+        SCOPED_TRACE(testing::PrintToString(text));
         Parsed<double> const number = Read(ToDouble, text);
-        EXPECT_TRUE(!number.ok && number.value == 0) << std::string(text.begin(), text.end());
+        EXPECT_EQ(number.ok, ok);
+        EXPECT_EQ(std::signbit(number.value), std::signbit(value));
+        EXPECT_TRUE(number.value == value || (std::isnan(number.value) && std::isnan(value)));
     }
+    // What is no number; at last the neighbours of the digits and a unit that ends in the byte of
+    // one.
+    for (std::u16string const text :
+         {u"", u".", u"-.e1", u"1e", u"1e+", u"1e 5", u"- 1", u"1.2.3", u"-nan", u"+nan",
+          u"infinity", u"in", u"1d5", u"1.234567/", u"12345678:", u"1234567\u0138"}) {
+        Parsed<double> const number = Read(ToDouble, text);
+        EXPECT_TRUE(!number.ok && number.value == 0) << testing::PrintToString(text);
+    }
+    EXPECT_TRUE(std::isinf(ToFloat(u"1e39", 4).value) && !ToFloat(u"1e39", 4).ok);
+    // Through a double this one would be rounded twice.
+    EXPECT_EQ(ToFloat(u"1.00000017881393432617187499", 28).value, 1.00000011920928955078125f);
 }
 
 template <class Number, class Reader>
@@ -441,9 +373,6 @@ TEST(NumberTextTest, FloatsReadAsTheNearestValue)
             CheckAgainstStandard<float>(ascii, ToFloat);
         }
     }
-    EXPECT_TRUE(std::isinf(ToFloat(u"1e39", 4).value) && !ToFloat(u"1e39", 4).ok);
-    // Through a double this one would be rounded twice.
-    EXPECT_EQ(ToFloat(u"1.00000017881393432617187499", 28).value, 1.00000011920928955078125f);
 }
 
 } // namespace

@@ -8,39 +8,25 @@ namespace {
 
 TEST(TFormatStringCoreTest, ReplacesMarkersAndLeavesTheRestAsWritten)
 {
-    struct Case
-    {
-        int line;
-        char16_t const* format;
-        std::vector<TStringCore> parameters;
-        char16_t const* result;
+    TFormatStringCore format(u"");
+    std::vector<TStringCore> values = {u"%2%%", u"b"};
+    char16_t const* const few[][2] = {
+        {u"%%1 %%%2 %2%% 100%%", u"%1 %b b% 100%"},
+        {u"%1", u"%2%%"},         // parameters are not read again
+        {u"%2 %3 %2", u"b %3 b"}, // what has no value stays
+        {u"%0 %01 %x % %", u"%0 %01 %x % %"},
+        {u"% 1%%%", u"% 1%%"},
     };
-    std::vector<TStringCore> const ab = {u"a", u"b"};
-    std::vector<TStringCore> many;
-    for (int i = 1; i <= 120; ++i) {
-        many.push_back(TStringCore::number(-i));
+    for (auto const& [text, result] : few) {
+        EXPECT_EQ(TFormatStringCore(text).arg(values).result(), result);
     }
-    Case const cases[] = {
-        {__LINE__, u"no marker", ab, u"no marker"},
-        {__LINE__, u"%2%1 and %1", ab, u"ba and a"},
-        {__LINE__, u"100%%", {}, u"100%"},
-        {__LINE__, u"%%1 %%%1 %1%%", ab, u"%1 %a a%"},
-        {__LINE__, u"%1", {u"%2%%", u"x"}, u"%2%%"}, // parameters are not read again
-        // A marker takes all its digits, and 99 is the last.
-        {__LINE__, u"%12 %1x2 %99", many, u"-12 -1x2 -99"},
-        {__LINE__, u"%100 %4294967297 %%100", many, u"%100 %4294967297 %100"},
-        // What has no value stays.
-        {__LINE__, u"%1 %3 %2", ab, u"a %3 b"},
-        {__LINE__, u"%0 %01 %x % %", ab, u"%0 %01 %x % %"},
-        {__LINE__, u"% 1%%%", ab, u"% 1%%"},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        EXPECT_EQ(TFormatStringCore(c.format).arg(c.parameters).result(), c.result);
+    for (int i = 3; i <= 120; ++i) {
+        values.push_back(TStringCore::number(-i));
     }
-
-    TFormatStringCore format(u"%1 %2");
-    EXPECT_EQ(format.arg({u"a", u"b"}).arg({u"c"}).result(), u"c %2") << "all are replaced";
+    // A marker takes all its digits, and 99 is the last.
+    format = TFormatStringCore(u"%12 %3x2 %99 %100 %4294967297 %%100");
+    EXPECT_EQ(format.arg(values).result(), u"-12 -3x2 -99 %100 %4294967297 %100");
+    EXPECT_EQ(format.arg({u"a"}).result().left(3), u"%12") << "all are replaced";
 }
 
 } // namespace

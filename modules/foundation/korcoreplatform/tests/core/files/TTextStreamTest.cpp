@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 namespace {
@@ -14,25 +15,19 @@ using Lines = std::vector<TString>;
 
 TEST(TTextStreamTest, LinesAreReadAtOnceAndOneByOne)
 {
-    struct Case
-    {
-        int line;
-        TString text;
-        Lines lines;
-    };
     TString const longLine(u'\u00E9', 40000); // more than the stream takes from a device at once
-    Case const cases[] = {
-        {__LINE__, u"", {}},
-        {__LINE__, u"\n", {u""}},
-        {__LINE__, u"a\r\n\r\n\nb\n", {u"a", u"", u"", u"b"}},
-        {__LINE__, longLine + u"\r\nb\n" + longLine, {longLine, u"b", longLine}},
+    std::pair<TString, Lines> const cases[] = {
+        {u"", {}},
+        {u"\n", {u""}},
+        {u"a\r\n\r\n\nb\n", {u"a", u"", u"", u"b"}},
+        {longLine + u"\r\nb\n" + longLine, {longLine, u"b", longLine}},
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        QByteArray const bytes(c.text.toStdString().c_str());
+    for (auto const& [text, lines] : cases) {
+        SCOPED_TRACE(text.left(20));
+        QByteArray const bytes(text.toStdString().c_str());
         TTextStream all(bytes);
         all.setCodec("UTF-8");
-        EXPECT_EQ(all.ReadAllLines(), c.lines);
+        EXPECT_EQ(all.ReadAllLines(), lines);
         EXPECT_TRUE(all.ReadAllLines().empty());
         TTextStream stream(bytes);
         stream.setCodec("UTF-8");
@@ -40,7 +35,7 @@ TEST(TTextStreamTest, LinesAreReadAtOnceAndOneByOne)
         for (auto line = stream.LinesBegin(); line != stream.LinesEnd(); ++line) {
             walked.push_back(*line);
         }
-        EXPECT_EQ(walked, c.lines);
+        EXPECT_EQ(walked, lines);
     }
 }
 

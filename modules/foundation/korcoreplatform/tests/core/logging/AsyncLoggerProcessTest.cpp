@@ -1,18 +1,12 @@
 #include "korcoreplatform/main/core/logging/AsyncLogger.h"
 
-#include "korcoreplatform/main/core/logging/AsyncLoggerImpl_p.h"
-#include "korcoreplatform/main/core/logging/Event.h"
 #include "korcoreplatform/tests/support/ChildProcess.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/LogRecords.h"
-#include "korcoreplatform/tests/support/StuckChannel.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <regex>
 #include <thread>
@@ -30,16 +24,12 @@ extern "C" __attribute__((visibility("default"))) char const* __lsan_default_opt
 
 namespace {
 
-using std::chrono::steady_clock;
 using TLog::AsyncLogger;
-using TLog::Severity;
 
 constexpr char kEarlyFolder[] = "KOR_TEST_EARLY_FOLDER";
-constexpr int kRecords = 3000;
 constexpr int kThreads = 4;
 constexpr int kForks = 10;
 constexpr int kMostRecords = 200000; ///< That a thread logs while its process forks.
-constexpr int kForkRecords = 100;
 
 // A child of threads can have none under the thread sanitizer.
 #ifdef __SANITIZE_THREAD__
@@ -47,20 +37,6 @@ constexpr bool kMayForkStartThreads = false;
 #else
 constexpr bool kMayForkStartThreads = true;
 #endif
-
-TPath PathIn(std::string const& folder, TString const& name)
-{
-    return TPath(TString(folder.c_str())) / TPath(name);
-}
-
-AsyncLogger& SetFileLogger(TPath const& path)
-{
-    auto logger = std::make_unique<AsyncLogger>(Severity::Trace, TPath());
-    AsyncLogger& result = *logger;
-    logger->AddChannel(MakeFileChannel(path));
-    TLog::Logger::Set(std::move(logger));
-    return result;
-}
 
 /// Keeps the writer busy without leaving it behind.
 void LogInBursts(int thread, int number)
@@ -71,8 +47,10 @@ void LogInBursts(int thread, int number)
     }
 }
 
-void LogNumbers(int thread, int count)
+/// The process's logger gets a file and the first records of a thread.
+void LogToFile(std::string const& folder, int thread, int count)
 {
+    SetLogger(MakeFileChannel(TPath(TString(folder.c_str())) / u"app.log"));
     for (int i = 0; i != count; ++i) {
         LogNumber(thread, i);
     }
@@ -80,8 +58,7 @@ void LogNumbers(int thread, int count)
 
 int Return(std::string const& folder)
 {
-    SetFileLogger(PathIn(folder, u"app.log"));
-    LogNumbers(0, kRecords);
+    LogToFile(folder, 0, 3000);
     return 0;
 }
 
@@ -96,25 +73,14 @@ int ExitInThread(std::string const& folder)
     return 1;
 }
 
-/// As thread 1 it holds the file until its input ends.
-int HoldFile(std::string const& folder)
-{
-    AsyncLogger& logger = SetFileLogger(PathIn(folder, u"app.log"));
-    LogNumbers(1, 3);
-    std::puts(logger.FlushAndWait(kLongMs) ? "ready" : "lost");
-    std::fflush(stdout);
-    std::getchar();
-    return 0;
-}
-
 /// In the child whose role is `LogEarlyAndLate`: logs before `main` and after it.
 struct EarlyAndLate
 {
     EarlyAndLate()
     {
+        LogNumber(0, -1); // nobody takes it
         if (char const* const folder = std::getenv(kEarlyFolder)) {
-            SetFileLogger(PathIn(folder, u"app.log"));
-            LogNumber(0, 0);
+            LogToFile(folder, 0, 1);
             std::atexit([] { LogNumber(0, 4); }); // runs behind the destructor
         }
     }
@@ -155,27 +121,22 @@ int LogInFork(std::string const& folder, int fork)
         return 1;
     }
     if (kMayForkStartThreads) {
-        SetFileLogger(PathIn(folder, u"fork" + TString::number(fork) + u".log"));
-        LogNumbers(0, kForkRecords);
+        LogToFile(folder, fork, 100); // the parent has that one
     }
     return 0;
 }
 
 int Fork(std::string const& folder)
 {
-    SetFileLogger(PathIn(folder, u"app.log"));
+    LogToFile(folder, kThreads, 0);
     std::atomic<bool> isOver{false};
     std::atomic<int> counts[kThreads] = {};
-    std::thread threads[kThreads];
-    for (int t = 0; t != kThreads; ++t) {
-        threads[t] = std::thread([t, &counts, &isOver] {
-            while (!isOver) {
-                if (counts[t] < kMostRecords) {
-                    LogInBursts(t, counts[t]++);
-                }
-            }
-        });
-    }
+    auto threads = StartThreads(kThreads, [&](int t, int) {
+        if (counts[t] < kMostRecords) {
+            LogInBursts(t, counts[t]++);
+        }
+        return !isOver;
+    });
     int failures = 0;
     for (int fork = 0; fork != kForks; ++fork) {
         LogNumber(kThreads, fork);
@@ -187,80 +148,23 @@ int Fork(std::string const& folder)
         failures += ::waitpid(child, &status, 0) != child || status != 0;
     }
     isOver = true;
-    for (int t = 0; t != kThreads; ++t) {
-        threads[t].join();
-        std::printf("%d\n", counts[t] - 1); // the last one
+    threads.clear();
+    for (std::atomic<int> const& count : counts) {
+        std::printf("%d\n", count - 1); // the last one
     }
-    // The lock is still there.
-    failures +=
-        MakeFileChannel(PathIn(folder, u"app.log"))->GetPath().Filename() != TPath(u"app_1.log");
     return failures;
 }
-
-/// Opens the private `m_impl` to this file.
-template <auto Member>
-struct Opened
-{
-    friend AsyncLogger::Impl& ImplOf(AsyncLogger& logger) { return *(logger.*Member); }
-};
-template struct Opened<&AsyncLogger::m_impl>;
-AsyncLogger::Impl& ImplOf(AsyncLogger& logger);
-
-int ShutDownWhileStuck(std::string const& folder)
-{
-    constexpr std::chrono::milliseconds kShutdown(200);
-    auto* const logger = new AsyncLogger(Severity::Trace, TPath()); // never destroyed
-    auto const stuck = std::make_shared<StuckChannel>();
-    logger->AddChannel(MakeFileChannel(PathIn(folder, u"app.log")));
-    logger->AddChannel(stuck);
-    logger->Log(Severity::Info, TLog::Event(u"stuck", nullptr));
-    stuck->reached.Wait();
-    auto const start = steady_clock::now();
-    bool const isDown = ImplOf(*logger).Shutdown(static_cast<int>(kShutdown.count()));
-    return isDown || steady_clock::now() - start < kShutdown;
-}
-
-ChildRoles const s_roles = {
-    {"Return", Return},
-    {"Exit", Exit},
-    {"ExitInThread", ExitInThread},
-    {"HoldFile", HoldFile},
-    {"LogEarlyAndLate", LogEarlyAndLate},
-    {"Fork", Fork},
-    {"ShutDownWhileStuck", ShutDownWhileStuck},
-};
 
 TEST(AsyncLoggerProcessTest, EveryLineIsThereAfterExit)
 {
     for (char const* const role : {"Return", "Exit", "ExitInThread"}) {
         SCOPED_TRACE(role);
         TemporaryFolder const folder;
-        EXPECT_EQ(ChildProcess(role, folder.Native("").string()).End(), 0);
+        EXPECT_EQ(ChildProcess(role, folder.Native("")).End(), 0);
         LogFileContent const content = ReadLogFile(folder.Native("app.log"));
         EXPECT_EQ(InShort(content.numbers), "0:0-2999");
         EXPECT_EQ(content.tornEnd, "");
     }
-}
-
-TEST(AsyncLoggerProcessTest, EveryProcessAndLoggerHasAFileOfItsOwn)
-{
-    TemporaryFolder const folder;
-    {
-        SetFileLogger(folder / u"app.log");
-        LogNumbers(0, 3);
-        ChildProcess other("HoldFile", folder.Native("").string());
-        EXPECT_EQ(other.ReadLine(), "ready");
-        AsyncLogger second(Severity::Trace, TPath());
-        second.AddChannel(MakeFileChannel(folder / u"app.log"));
-        second.Log(Severity::Info, TLog::Event(u"second", nullptr));
-        other.LetGo();
-        EXPECT_EQ(other.End(), 0);
-        TLog::Logger::Set(nullptr);
-    }
-    EXPECT_EQ(InShort(ReadLogFile(folder.Native("app.log")).numbers), "0:0-2");
-    EXPECT_EQ(InShort(ReadLogFile(folder.Native("app_1.log")).numbers), "1:0-2");
-    EXPECT_EQ(ReadLogFile(folder.Native("app_2.log")).otherKeys,
-              std::vector<std::string>{"second"});
 }
 
 TEST(AsyncLoggerProcessTest, LoggingMayBeginBeforeMainAndNeverEnd)
@@ -269,7 +173,7 @@ TEST(AsyncLoggerProcessTest, LoggingMayBeginBeforeMainAndNeverEnd)
         SCOPED_TRACE(i);
         TemporaryFolder const folder;
         ::setenv(kEarlyFolder, folder.Native("").c_str(), 1);
-        ChildProcess child("LogEarlyAndLate", "");
+        ChildProcess child("LogEarlyAndLate", folder.Native(""));
         ::unsetenv(kEarlyFolder);
         ASSERT_EQ(child.End(), 0);
         LogFileContent const content = ReadLogFile(folder.Native("app.log"));
@@ -283,7 +187,7 @@ TEST(AsyncLoggerProcessTest, LoggingMayBeginBeforeMainAndNeverEnd)
 TEST(AsyncLoggerProcessTest, AForkLeavesTheParentsLogAloneAndHasItsOwn)
 {
     TemporaryFolder const folder;
-    ChildProcess child("Fork", folder.Native("").string());
+    ChildProcess child("Fork", folder.Native(""));
     std::string expected;
     for (int t = 0; t != kThreads; ++t) {
         expected += std::to_string(t) + ":0-" + child.ReadLine() + ' ';
@@ -292,21 +196,21 @@ TEST(AsyncLoggerProcessTest, AForkLeavesTheParentsLogAloneAndHasItsOwn)
     LogFileContent const content = ReadLogFile(folder.Native("app.log"));
     EXPECT_EQ(InShort(content.numbers), expected + "4:0-9");
     EXPECT_EQ(content.tornEnd, "");
+    std::string ofForks;
     for (int fork = 0; kMayForkStartThreads && fork != kForks; ++fork) {
-        std::string const name = "fork" + std::to_string(fork) + ".log";
-        EXPECT_EQ(InShort(ReadLogFile(folder.Native(name)).numbers), "0:0-99") << fork;
+        ofForks += (fork == 0 ? "" : " ") + std::to_string(fork) + ":0-99";
     }
-}
-
-TEST(AsyncLoggerProcessTest, AStuckWriterDoesNotHoldTheProcess)
-{
-    TemporaryFolder const folder;
-    EXPECT_EQ(ChildProcess("ShutDownWhileStuck", folder.Native("").string()).End(), 0);
+    EXPECT_EQ(InShort(ReadLogFile(folder.Native("app_1.log")).numbers), ofForks);
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    return RunTestsOrChild(s_roles, argc, argv);
+    return RunTestsOrChild({{"Return", Return},
+                            {"Exit", Exit},
+                            {"ExitInThread", ExitInThread},
+                            {"LogEarlyAndLate", LogEarlyAndLate},
+                            {"Fork", Fork}},
+                           argc, argv);
 }

@@ -4,23 +4,20 @@
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
 #include <optional>
-#include <string>
-#include <vector>
 
 namespace {
 
 using LogDetail::Network;
 using TLog::Severity;
+using namespace std::string_literals;
+using Lines = std::vector<std::string>;
 
 constexpr char kNotAString[] = "KorvelException_AutoGen_0x1A36D05F";
-constexpr char kUnreadableFile[] = "Warn: Unable to read native logging configuration file.";
 constexpr char kNotJson[] = "Warn: Unable to read log configuration file.";
 
 /// What the settings log as their problems.
-std::vector<std::string> ProblemsOf(LogConfigSettings& settings)
+Lines ProblemsOf(LogConfigSettings& settings)
 {
     LogRecording const log;
     settings.LogStartupProblems();
@@ -35,37 +32,35 @@ std::string Nested(int depth)
 
 TEST(LogConfigTest, AFileGivesThresholdsOrAProblem)
 {
-    struct Case
+    struct
     {
-        int line;
         std::string text;
         LogDetail::LogDetailEnums category;
         std::optional<Severity> threshold;
-        std::vector<std::string> problems = {};
-    };
-    Case const cases[] = {
-        {__LINE__, R"({"network":"WARN"})", Network, Severity::Warn},
-        {__LINE__, "\xEF\xBB\xBF{\"Network\":\"trace\"}", Network, Severity::Trace},
-        {__LINE__, R"({"\u004eetwork":"Info"})", Network, Severity::Info},
-        {__LINE__, R"({"Network":"Error","NETWORK":"Info"})", Network, Severity::Error},
-        {__LINE__, R"({"Network":"LogDetail"})", Network, Severity::LogDetail},
-        {__LINE__, R"({"Network":"loud"})", Network, Severity::Off},
-        {__LINE__, R"({"Internet":"Info"})", LogDetail::Count, Severity::Info},
-        {__LINE__, "{\"Memory\xFF\":\"Info\"}", LogDetail::Count, Severity::Info},
-        {__LINE__, "{}", Network, std::nullopt},
-        {__LINE__, "", Network, std::nullopt},
-        {__LINE__, " \n", Network, std::nullopt, {kNotJson}},
-        {__LINE__, R"(["Network"])", Network, std::nullopt, {kNotJson}},
-        {__LINE__, R"("Network")", Network, std::nullopt, {kNotJson}},
-        {__LINE__, R"({"Network":"Warn")", Network, std::nullopt, {kNotJson}},
-        {__LINE__, R"({"Network":"Warn"} {})", Network, std::nullopt, {kNotJson}},
-        {__LINE__, R"({"Network":"Warn",})", Network, std::nullopt, {kNotJson}},
-        {__LINE__, R"({"Network":"Warn","\ud800":"Warn"})", Network, std::nullopt, {kNotJson}},
-        {__LINE__, Nested(10000), Network, std::nullopt, {kNotJson}},
+        Lines problems = {};
+    } const cases[] = {
+        {R"({"network":"WARN"})", Network, Severity::Warn},
+        {"\xEF\xBB\xBF{\"Network\":\"trace\"}", Network, Severity::Trace},
+        {R"({"\u004eetwork":"Info"})", Network, Severity::Info},
+        {R"({"Network":"Error","NETWORK":"Info"})", Network, Severity::Error},
+        {R"({"Network":"LogDetail"})", Network, Severity::LogDetail},
+        {R"({"Network":"loud"})", Network, Severity::Off},
+        {R"({"Internet":"Info"})", LogDetail::Count, Severity::Info},
+        {"{\"Memory\xFF\":\"Info\"}", LogDetail::Count, Severity::Info},
+        {"{}", Network, std::nullopt},
+        {"", Network, std::nullopt},
+        {" \n", Network, std::nullopt, {kNotJson}},
+        {R"(["Network"])", Network, std::nullopt, {kNotJson}},
+        {R"("Network")", Network, std::nullopt, {kNotJson}},
+        {R"({"Network":"Warn")", Network, std::nullopt, {kNotJson}},
+        {R"({"Network":"Warn"} {})", Network, std::nullopt, {kNotJson}},
+        {R"({"Network":"Warn",})", Network, std::nullopt, {kNotJson}},
+        {R"({"Network":"Warn","\ud800":"Warn"})", Network, std::nullopt, {kNotJson}},
+        {Nested(10000), Network, std::nullopt, {kNotJson}},
     };
     TemporaryFolder const folder;
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.text.substr(0, 80));
         folder.Write("\u00FC.json", c.text);
         LogConfigSettings settings(folder / u"\u00FC.json");
         EXPECT_EQ(settings.IsDetailSet(c.category), c.threshold.has_value());
@@ -80,32 +75,28 @@ TEST(LogConfigTest, AFileGivesThresholdsOrAProblem)
 TEST(LogConfigTest, AFileThatCannotBeReadIsAProblem)
 {
     TemporaryFolder const folder;
-    for (TPath const& path : {folder / u"missing.json", folder.Path()}) {
+    for (TPath const& path : {folder / u"missing.json", folder.Path(), TPath()}) {
         LogConfigSettings settings(path);
-        EXPECT_EQ(ProblemsOf(settings), std::vector<std::string>{kUnreadableFile});
+        EXPECT_EQ(ProblemsOf(settings),
+                  path.IsEmpty()
+                      ? Lines{}
+                      : Lines{"Warn: Unable to read native logging configuration file."});
     }
-    LogConfigSettings none{TPath()};
-    EXPECT_TRUE(ProblemsOf(none).empty());
 }
 
 TEST(LogConfigTest, AValueThatIsNotAStringIsAnErrorAndChangesNothing)
 {
+    TemporaryFolder const folder;
     LogConfigSettings settings{TPath()};
     settings.SetDetailSeverity(LogDetail::Memory, Severity::Info);
     for (std::string const& text :
-         {std::string(R"({"Network":3})"), std::string(R"({"Network":"Warn","Memory":null})"),
-          Nested(1000)}) {
+         {R"({"Network":3})"s, R"({"Network":"Warn","Memory":null})"s, Nested(1000)}) {
         EXPECT_KOR_ERROR(settings.InitializeFromString(text.c_str()), KorvelException, kNotAString);
         EXPECT_FALSE(settings.IsDetailSet(Network));
         EXPECT_EQ(settings.GetDetailSeverity(LogDetail::Memory), Severity::Info);
-    }
-    TemporaryFolder const folder;
-    folder.Write("bad.json", R"({"Network":3})");
-    try {
-        LogConfig::CreateLogConfig(folder / u"bad.json");
-        FAIL();
-    } catch (KorvelException const& e) {
-        EXPECT_STREQ(e.what(), "Expected a value of type string.");
+        folder.Write("bad.json", text);
+        EXPECT_KOR_ERROR(LogConfig::CreateLogConfig(folder / u"bad.json"), KorvelException,
+                         kNotAString);
     }
 }
 

@@ -3,10 +3,6 @@
 #include "korcoreplatform/main/core/logging/Severity.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 namespace {
 
 using namespace LogDetail;
@@ -45,21 +41,16 @@ TEST(LogDetailTest, EveryCategoryHasItsEnumeratorsName)
 TEST(LogDetailTest, OtherTextsAreNoCategoryAndNoSeverity)
 {
     for (char16_t const* text : {u"", u"Networ", u"Networks", u" Network", u"Warning", u"3"}) {
-        SCOPED_TRACE(TString(text).toStdString());
-        EXPECT_EQ(LogDetailFromString(text), Count);
-        EXPECT_EQ(TLog::SeverityFromString(text), Severity::Off);
+        EXPECT_EQ(LogDetailFromString(text), Count) << TString(text).toStdString();
+        EXPECT_EQ(TLog::SeverityFromString(text), Severity::Off) << TString(text).toStdString();
     }
     EXPECT_EQ(LogDetailFromString(u"networ\u212A"), Network); // the Kelvin sign folds to k
-}
-
-TEST(LogDetailTest, SeveritiesAreNamedInOrder)
-{
     int value = 0;
-    for (char16_t const* name :
+    for (TString const name :
          {u"Trace", u"Debug", u"Info", u"Warn", u"Error", u"Fatal", u"Off", u"LogDetail"}) {
         auto const severity = static_cast<Severity>(value++);
-        EXPECT_EQ(TLog::SeverityToString(severity), TString(name));
-        EXPECT_EQ(TLog::SeverityFromString(TString(name).toUpper()), severity);
+        EXPECT_EQ(TLog::SeverityToString(severity), name);
+        EXPECT_EQ(TLog::SeverityFromString(name.toUpper()), severity);
     }
     EXPECT_EQ(TLog::SeverityToString(static_cast<Severity>(8)), u"Off");
 }

@@ -5,12 +5,9 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <functional>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -22,20 +19,9 @@ using TLog::Severity;
 constexpr Severity kAll[] = {Severity::Trace, Severity::Debug, Severity::Info, Severity::Warn,
                              Severity::Error, Severity::Fatal, Severity::Off,  Severity::LogDetail};
 
-/// Leaves the option about categories as a process starts with it.
-class LoggerTest : public testing::Test
-{
-protected:
-    ~LoggerTest() override
-    {
-        OptLogSeverity::SetIsSeverityPerLogDetailOn([] { return false; });
-    }
-};
-
 /// Counts how often it is asked, and answers as the base does.
-class CountingLogger : public RecordingLogger
+struct CountingLogger : RecordingLogger
 {
-public:
     explicit CountingLogger(Severity minimal) : RecordingLogger(minimal)
     {
         DecideByMinimalSeverity(typeid(CountingLogger));
@@ -49,12 +35,16 @@ public:
 };
 
 /// Accepts everything, whatever its base has declared.
-class GreedyLogger : public CountingLogger
+struct GreedyLogger : CountingLogger
 {
-public:
     using CountingLogger::CountingLogger;
     bool AcceptsSeverity(Severity) const override { return true; }
 };
+
+void SetPerDetail(bool isOn)
+{
+    OptLogSeverity::SetIsSeverityPerLogDetailOn([isOn] { return isOn; });
+}
 
 /// How many records one log call leaves with the logger.
 std::size_t Logged(RecordingLogger const& logger, LogDetail::LogDetailEnums category,
@@ -65,50 +55,52 @@ std::size_t Logged(RecordingLogger const& logger, LogDetail::LogDetailEnums cate
     return logger.records.size() - before;
 }
 
-TEST_F(LoggerTest, MinimalSeverityIsTheLeastThatIsAccepted)
+void ExpectAccepted(RecordingLogger const& logger, LogDetail::LogDetailEnums category,
+                    Severity severity, bool isAccepted)
+{
+    EXPECT_EQ(Logged(logger, category, severity), isAccepted ? 1u : 0u);
+    EXPECT_EQ(LoggerAcceptsSeverity(severity, category), isAccepted);
+}
+
+TEST(LoggerTest, MinimalSeverityIsTheLeastThatIsAccepted)
 {
     LoggerInSlot<CountingLogger> const logger(Severity::Trace);
     for (Severity const minimal : kAll) {
         logger->SetMinimalAcceptedSeverity(minimal);
         for (Severity const severity : kAll) {
             SCOPED_TRACE(testing::Message() << int(minimal) << " for " << int(severity));
-            for (LogDetail::LogDetailEnums const category : {LogDetail::Count, Network}) {
-                EXPECT_EQ(Logged(*logger, category, severity), severity >= minimal ? 1u : 0u);
-                EXPECT_EQ(LoggerAcceptsSeverity(severity, category), severity >= minimal);
-            }
+            ExpectAccepted(*logger, LogDetail::Count, severity, severity >= minimal);
+            ExpectAccepted(*logger, Network, severity, severity >= minimal);
         }
     }
 }
 
-TEST_F(LoggerTest, ACategorysThresholdDecidesWhileTheOptionIsOn)
+TEST(LoggerTest, ACategorysThresholdDecidesWhileTheOptionIsOn)
 {
     LoggerInSlot<CountingLogger> const logger(Severity::Fatal);
     logger->SetDetail(Network, Severity::Error);
     logger->SetDetail(LogDetail::Count, Severity::Trace); // is never asked for
-    struct Case
+    struct
     {
-        int line;
         bool isOn;
         Severity minimal;
         LogDetail::LogDetailEnums category;
         Severity severity;
         bool isAccepted;
+    } const cases[] = {
+        {true, Severity::Fatal, Network, Severity::Error, true},
+        {true, Severity::Trace, Network, Severity::Warn, false},
+        {true, Severity::Fatal, Caching, Severity::Error, false},
+        {true, Severity::Warn, Caching, Severity::Warn, true},
+        {true, Severity::Warn, LogDetail::Count, Severity::Info, false},
+        {false, Severity::Fatal, Network, Severity::Error, false},
+        {false, Severity::Trace, Network, Severity::Warn, true},
     };
-    Case const cases[] = {
-        {__LINE__, true, Severity::Fatal, Network, Severity::Error, true},
-        {__LINE__, true, Severity::Trace, Network, Severity::Warn, false},
-        {__LINE__, true, Severity::Fatal, Caching, Severity::Error, false},
-        {__LINE__, true, Severity::Warn, Caching, Severity::Warn, true},
-        {__LINE__, true, Severity::Warn, LogDetail::Count, Severity::Info, false},
-        {__LINE__, false, Severity::Fatal, Network, Severity::Error, false},
-        {__LINE__, false, Severity::Trace, Network, Severity::Warn, true},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        OptLogSeverity::SetIsSeverityPerLogDetailOn([&] { return c.isOn; });
+    for (auto const& c : cases) {
+        SCOPED_TRACE(&c - cases);
+        SetPerDetail(c.isOn);
         logger->SetMinimalAcceptedSeverity(c.minimal);
-        EXPECT_EQ(Logged(*logger, c.category, c.severity), c.isAccepted ? 1u : 0u);
-        EXPECT_EQ(LoggerAcceptsSeverity(c.severity, c.category), c.isAccepted);
+        ExpectAccepted(*logger, c.category, c.severity, c.isAccepted);
     }
     logger->ClearDetails();
     EXPECT_FALSE(logger->IsDetailSet(Network));
@@ -117,9 +109,10 @@ TEST_F(LoggerTest, ACategorysThresholdDecidesWhileTheOptionIsOn)
     OptLogSeverity::SetIsSeverityPerLogDetailOn(nullptr);
     EXPECT_THROW(Logged(*logger, Network, Severity::Trace), std::bad_function_call);
     EXPECT_EQ(Logged(*logger, LogDetail::Count, Severity::LogDetail), 1u); // does not ask it
+    SetPerDetail(false);
 }
 
-TEST_F(LoggerTest, OnlyTheClassThatDecidesByMinimalSeverityIsNotAsked)
+TEST(LoggerTest, OnlyTheClassThatDecidesByMinimalSeverityIsNotAsked)
 {
     LoggerInSlot<CountingLogger> const logger(Severity::Warn);
     CountingLogger other(Severity::Trace);
@@ -132,11 +125,11 @@ TEST_F(LoggerTest, OnlyTheClassThatDecidesByMinimalSeverityIsNotAsked)
     EXPECT_EQ(Logged(*greedy, LogDetail::Count, Severity::Trace), 1u);
 }
 
-TEST_F(LoggerTest, TheNullLoggerWantsNothing)
+TEST(LoggerTest, TheNullLoggerWantsNothing)
 {
     TLog::Logger::Set(nullptr);
     TLog::Logger& logger = **TLog::Logger::Get();
-    OptLogSeverity::SetIsSeverityPerLogDetailOn([] { return true; });
+    SetPerDetail(true);
     logger.SetMinimalAcceptedSeverity(Severity::Trace);
     logger.SetDetail(Network, Severity::Trace);
     for (Severity const severity : kAll) {
@@ -145,12 +138,12 @@ TEST_F(LoggerTest, TheNullLoggerWantsNothing)
     }
     EXPECT_EQ(logger.GetMinimalAcceptedSeverity(), Severity::Off);
     EXPECT_EQ(logger.GetDetailSeverity(Network), Severity::Off);
+    SetPerDetail(false);
 }
 
 /// Logs while it is destroyed, and touches the slot.
-class DyingLogger : public RecordingLogger
+struct DyingLogger : RecordingLogger
 {
-public:
     using RecordingLogger::RecordingLogger;
     ~DyingLogger() override
     {
@@ -159,7 +152,7 @@ public:
     }
 };
 
-TEST_F(LoggerTest, TheFormerLoggerIsDestroyedWhenTheNewOneIsInPlace)
+TEST(LoggerTest, TheFormerLoggerIsDestroyedWhenTheNewOneIsInPlace)
 {
     LoggerInSlot<DyingLogger> const former(Severity::Trace);
     LoggerInSlot<RecordingLogger> const logger(Severity::Debug);
@@ -168,21 +161,20 @@ TEST_F(LoggerTest, TheFormerLoggerIsDestroyedWhenTheNewOneIsInPlace)
 }
 
 // For the thread sanitizer; and when all threads are done the last severity set holds.
-TEST_F(LoggerTest, SeveritiesChangeWhileOtherThreadsLog)
+TEST(LoggerTest, SeveritiesChangeWhileOtherThreadsLog)
 {
     LoggerInSlot<CountingLogger> const logger(Severity::Off);
-    OptLogSeverity::SetIsSeverityPerLogDetailOn([] { return true; });
+    SetPerDetail(true);
     std::atomic<bool> isDone{false};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 2; ++i) {
-        threads.emplace_back([&] {
-            while (!isDone.load(std::memory_order_relaxed)) {
-                LogMessage(NonErrorSeverity(Severity::Trace), u"refused");
-                EXPECT_FALSE(LoggerAcceptsSeverity(Severity::Trace, Network));
-                EXPECT_FALSE(logger->IsDetailSet(static_cast<LogDetail::LogDetailEnums>(-1)));
-            }
-        });
-    }
+    auto const log = [&] {
+        while (!isDone.load(std::memory_order_relaxed)) {
+            LogMessage(NonErrorSeverity(Severity::Trace), u"refused");
+            EXPECT_FALSE(LoggerAcceptsSeverity(Severity::Trace, Network));
+            EXPECT_FALSE(logger->IsDetailSet(static_cast<LogDetail::LogDetailEnums>(-1)));
+        }
+    };
+    std::thread first(log);
+    std::thread second(log);
     for (int i = 0; i < 500; ++i) {
         logger->SetMinimalAcceptedSeverity(i % 2 == 0 ? Severity::Debug : Severity::Info);
         logger->SetDetail(Network, Severity::Fatal);
@@ -190,9 +182,9 @@ TEST_F(LoggerTest, SeveritiesChangeWhileOtherThreadsLog)
         logger->ClearDetails();
     }
     isDone.store(true, std::memory_order_relaxed);
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    first.join();
+    second.join();
+    SetPerDetail(false);
     EXPECT_TRUE(logger->records.empty());
     EXPECT_EQ(Logged(*logger, LogDetail::Count, Severity::Info), 1u);
 }

@@ -4,40 +4,34 @@
 #include "korsys/main/system/TStackWalker.h"
 #include "korsys/main/text/THash.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 namespace {
 
-TLog::Literal const& At(TLog::Object::Map const& values, char16_t const* name)
-{
-    return dynamic_cast<TLog::Literal const&>(*values.at(name));
-}
+using TLog::Literal;
 
 TEST(LoggingStackWalkerTest, StacksAreCapturedWhenActiveOrForced)
 {
     auto const disabled = CaptureStackTraceForLogging(false);
-    ASSERT_EQ(disabled.size(), 1u);
-    EXPECT_EQ(At(disabled, u"stack").GetString(), u"disabled");
+    EXPECT_EQ(dynamic_cast<Literal&>(*disabled.at(u"stack")).GetString(), u"disabled");
+    EXPECT_EQ(disabled.size(), 1u);
 
     auto const forced = CaptureStackTraceForLogging(true);
     TStackWalker::SetActive(true);
     auto const active = CaptureStackTraceForLogging(false);
     TStackWalker::SetActive(false);
     for (auto const& values : {forced, active}) {
-        ASSERT_EQ(values.size(), 3u);
-        TString const stack = At(values, u"stack").GetString();
-        std::vector<TString> const frames = stack.split(u'\n');
-        EXPECT_EQ(At(values, u"stack-size").GetInt(), static_cast<long long>(frames.size()));
+        TString const stack = dynamic_cast<Literal&>(*values.at(u"stack")).GetString();
         unsigned long hash = 0;
-        for (TString const& frame : frames) {
+        long long frames = 0;
+        for (TString const& frame : stack.split(u'\n')) {
             std::string const bytes = frame.toStdString();
             EXPECT_FALSE(bytes.empty());
             hash = THashCombine(hash, THash(bytes.data(), bytes.size()));
+            ++frames;
         }
-        EXPECT_EQ(At(values, u"stack-hash").GetInt(), static_cast<long long>(hash));
+        EXPECT_EQ(dynamic_cast<Literal&>(*values.at(u"stack-size")).GetInt(), frames);
+        EXPECT_EQ(dynamic_cast<Literal&>(*values.at(u"stack-hash")).GetInt(),
+                  static_cast<long long>(hash));
+        EXPECT_EQ(values.size(), 3u);
         EXPECT_FALSE(stack.contains(u"ForceGenerateCallstack"));
     }
 }

@@ -4,8 +4,6 @@
 #include "korcoreplatform/main/core/logging/Value.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
-#include <gtest/gtest.h>
-
 #include <thread>
 
 namespace {
@@ -21,18 +19,17 @@ std::shared_ptr<TLog::Value> Text(char16_t const* units)
 
 TEST(OtherChannelsTest, ATerminalsLineIsForPeople)
 {
-    struct Case
-    {
-        Severity severity;
-        Event event;
-        std::string end;
-    };
     auto const pairs = Object::Make({{u"name", Text(u"a\\ \"b")},
                                      {u"inner", Object::Make({{u"k", Text(u"v")}})},
                                      {u"line", Text(u"1\n2")},
                                      {u"none", nullptr},
                                      {u"void", Text(u"")}});
-    Case const cases[] = {
+    struct
+    {
+        Severity severity;
+        Event event;
+        std::string end;
+    } const cases[] = {
         {Severity::Info, Event(u"msg", Text(u"a \"b\" \u00e9")), "Info  a \"b\" \u00e9"},
         {Severity::Error, Event(u"msg", Text(u"\x1b[2J\nnext\u009b\u00a0")),
          "Error \\u001b[2J\\nnext\\u009b\u00a0"},
@@ -40,7 +37,7 @@ TEST(OtherChannelsTest, ATerminalsLineIsForPeople)
         {Severity::Warn, Event(u"cache", pairs),
          R"(Warn  cache inner={"k":"v"} line=1\n2 name="a\\ \"b" none=null void="")"},
     };
-    for (Case const& c : cases) {
+    for (auto const& c : cases) {
         testing::internal::CaptureStderr();
         TLog::StandardErrorChannel().Append(c.severity, c.event);
         std::string const time = c.event.GetTimestamp().GetFormattedLocalValue().toStdString();

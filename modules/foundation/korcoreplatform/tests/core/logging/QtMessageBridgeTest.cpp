@@ -1,9 +1,8 @@
 #include "korcoreplatform/main/core/logging/QtMessageBridge.h"
 
-#include "korcoreplatform/main/core/logging/AsyncLogger.h"
 #include "korcoreplatform/main/core/logging/Formatter.h"
-#include "korcoreplatform/main/core/logging/TruncateFileChannel.h"
 #include "korcoreplatform/tests/support/KorTest.h"
+#include "korcoreplatform/tests/support/LogRecords.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
@@ -11,23 +10,18 @@
 #include <QString>
 #include <QtGlobal>
 
-#include <gtest/gtest.h>
-
 #include <csignal>
-#include <memory>
 #include <new>
 #include <optional>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 namespace {
 
 using TLog::QtMessageBridge;
 using TLog::Severity;
+using Texts = std::vector<std::string>;
 
-std::vector<std::string> s_seen; ///< By the handler below the bridge.
+Texts s_seen; ///< By the handler below the bridge.
 QtMessageHandler s_bridge = nullptr;
 
 void Remember(QtMsgType, QMessageLogContext const&, QString const& message)
@@ -36,9 +30,8 @@ void Remember(QtMsgType, QMessageLogContext const&, QString const& message)
 }
 
 /// Installs `handler` while it lives.
-class HandlerInstalled
+struct HandlerInstalled
 {
-public:
     explicit HandlerInstalled(QtMessageHandler handler) : former(qInstallMessageHandler(handler))
     {
         s_seen.clear();
@@ -49,12 +42,10 @@ public:
 };
 
 /// Says something through the bridge itself, past the guard that Qt has of its own, and fails.
-class TalkingLogger : public RecordingLogger
+struct TalkingLogger : RecordingLogger
 {
-public:
     using RecordingLogger::Log;
     using RecordingLogger::RecordingLogger;
-
     void Log(Severity severity, TLog::Event&& event) override
     {
         RecordingLogger::Log(severity, std::move(event));
@@ -75,12 +66,12 @@ TEST(QtMessageBridgeTest, AMessageBecomesARecord)
         QMessageLogger().debug("refused");
     }
     QMessageLogger().warning("after");
-    ASSERT_EQ(recording.Lines(), (std::vector<std::string>{"Info: qt", "Error: qt", "Warn: qt"}));
+    ASSERT_EQ(recording.Lines(), (Texts{"Info: qt", "Error: qt", "Warn: qt"}));
     EXPECT_EQ(TLog::Formatter()(*recording.Records()[0].event.GetValue()),
               u"{\"category\":\"host.net\",\"file\":\"a.cpp\",\"function\":\"f()\",\"line\":7,"
               u"\"msg\":\"3 rows\"}");
     EXPECT_EQ(TLog::Formatter()(*recording.Records()[1].event.GetValue()), u"{\"msg\":\"plain\"}");
-    EXPECT_EQ(s_seen, std::vector<std::string>{"after"});
+    EXPECT_EQ(s_seen, Texts{"after"});
 }
 
 TEST(QtMessageBridgeTest, TheFormerHandlerGetsWhatTheLogDoesNot)
@@ -90,7 +81,7 @@ TEST(QtMessageBridgeTest, TheFormerHandlerGetsWhatTheLogDoesNot)
     QtMessageBridge const bridge;
     s_bridge = HandlerInstalled(&Remember).former;
     QMessageLogger().warning("outer");
-    EXPECT_EQ(s_seen, (std::vector<std::string>{"inner", "outer"}));
+    EXPECT_EQ(s_seen, (Texts{"inner", "outer"}));
     std::thread([] {
         QtMessageBridge::ExcludeThisThread();
         QMessageLogger().warning("excluded");
@@ -114,20 +105,18 @@ TEST(QtMessageBridgeTest, BridgesAndHandlersMayEndInAnyOrder)
         s_bridge = above.former;
         second.reset();
         QMessageLogger().warning("stays");
-        EXPECT_EQ(s_seen, std::vector<std::string>{"above stays"});
+        EXPECT_EQ(s_seen, Texts{"above stays"});
         QtMessageBridge const third; // on top of a handler that calls the bridge
         s_bridge(QtFatalMsg, QMessageLogContext(), QStringLiteral("circle"));
     }
-    EXPECT_EQ(recording.Lines(), (std::vector<std::string>{"Warn: qt", "Fatal: qt"}));
+    EXPECT_EQ(recording.Lines(), (Texts{"Warn: qt", "Fatal: qt"}));
 }
 
 TEST(QtMessageBridgeDeathTest, AFatalMessageIsPrintedAndInTheFileWhenTheProcessEnds)
 {
     TemporaryFolder const folder;
     auto const die = [&folder] {
-        auto logger = std::make_unique<TLog::AsyncLogger>(Severity::Info, TPath());
-        logger->AddChannel(std::make_shared<TLog::TruncateFileChannel>(folder / u"a.log", 1, 10));
-        TLog::Logger::Set(std::move(logger));
+        SetLogger(MakeFileChannel(folder / u"a.log"));
         QtMessageBridge const bridge;
         QMessageLogger().fatal("the end");
     };

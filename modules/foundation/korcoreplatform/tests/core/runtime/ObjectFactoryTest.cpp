@@ -1,6 +1,7 @@
 #include "korcoreplatform/main/core/runtime/ObjectFactory.h"
 
 #include "korcoreplatform/tests/support/KorTest.h"
+#include "korsys/tests/support/Threads.h"
 
 #include <gtest/gtest.h>
 
@@ -40,11 +41,12 @@ TEST(ObjectFactoryTest, ObjectsAreFoundByIdNameAndForm)
     EXPECT_EQ(CreateObject(u"shapes", u"copy", &square), &square);
     EXPECT_THROW(CreateObject(u"shapes", u"empty"), std::bad_function_call);
     // The two forms do not see each other's types; names and ids match exactly or not at all.
-    EXPECT_EQ(CreateObject(u"shapes", u"copy"), nullptr);
-    EXPECT_EQ(CreateObject(u"shapes", u"circle", &square), nullptr);
-    EXPECT_EQ(CreateObject(u"shapes", u"Circle"), nullptr);
-    EXPECT_EQ(CreateObject(u"shape", u"circle"), nullptr);
-    EXPECT_EQ(CreateObject(u"shape", u"copy", &square), nullptr);
+    for (void* none :
+         {CreateObject(u"shapes", u"copy"), CreateObject(u"shapes", u"circle", &square),
+          CreateObject(u"shapes", u"Circle"), CreateObject(u"shape", u"circle"),
+          CreateObject(u"shape", u"copy", &square)}) {
+        EXPECT_EQ(none, nullptr);
+    }
 }
 
 // The maker of "outer" registers "inner" and then puts another maker in its own place.
@@ -86,7 +88,7 @@ TEST(ObjectFactoryTest, ThreadsRegisterAndLookUpAtOnce)
     static std::array<std::deque<TestFactory>, kThreads> s_factories; // they outlive the test
     static std::atomic<unsigned> s_ready{0};
     static int s_makersRunning = 0; // no atomic: the registry lets one maker run at a time
-    auto const registerAndLookUp = [](unsigned t) {
+    OnThreads(kThreads, [](unsigned t) {
         FactoryRegistry& registry = FactoryRegistry::Singleton();
         ++s_ready;
         while (s_ready < kThreads) { // start together
@@ -102,14 +104,7 @@ TEST(ObjectFactoryTest, ThreadsRegisterAndLookUpAtOnce)
             EXPECT_EQ(registry.GetFactory(own), factory);
             CreateObject(TString::number((t + 1) % kThreads) + u"/" + TString::number(i), u"x");
         }
-    };
-    std::array<std::thread, kThreads> threads;
-    for (unsigned t = 0; t < kThreads; ++t) {
-        threads[t] = std::thread(registerAndLookUp, t);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    });
     for (std::deque<TestFactory>& factories : s_factories) {
         for (TestFactory& factory : factories) {
             ASSERT_EQ(FactoryRegistry::Singleton().GetFactory(factory.GetFactoryID()), &factory);
