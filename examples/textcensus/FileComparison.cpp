@@ -46,26 +46,6 @@ std::optional<TString> OurEncoding(TPath const& path, FileBytes& bytes)
     }
 }
 
-/// How the run ended, when it did not end well.
-TString ProblemOf(TProcessLaunch::Result const& result)
-{
-    using Launch = TProcessLaunch;
-    switch (result.end) {
-    case Launch::End::Exited:
-        return TFormat(u"file ended with exit code %1", result.exitCode);
-    case Launch::End::Signaled:
-        return TFormat(u"file was ended by signal %1", result.signal);
-    case Launch::End::TimedOut:
-        return TFormat(u"file did not end within %1 seconds", kDeadlineMs / 1000);
-    case Launch::End::NotStarted:
-        return TFormat(u"file could not be started: %1",
-                       TString::fromStdString(std::generic_category().message(result.error)));
-    case Launch::End::Unknown:
-        break;
-    }
-    return u"file ended, but not how is known";
-}
-
 void LogRun(std::size_t files, TProcessLaunch::Result const& result, TString const& problem)
 {
     TLog::Severity const severity =
@@ -89,7 +69,7 @@ std::vector<TString> TheirEncodings(std::vector<TPath> const& paths, TString& pr
     TProcessLaunch::Result const result = launch.Run();
     std::vector<TString> lines = result.OutputText().split(u'\n', TString::SkipEmptyParts);
     if (!result.Succeeded()) {
-        problem = ProblemOf(result);
+        problem = u"file " + result.Description();
     } else if (lines.size() != paths.size()) {
         problem = TFormat(u"file answered %1 lines for %2 files", lines.size(), paths.size());
     }

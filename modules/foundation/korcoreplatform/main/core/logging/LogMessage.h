@@ -106,7 +106,8 @@ KORCOREPLATFORM_EXPORT bool LoggerAcceptsSeverity(TLog::Severity severity,
 /// A record that is refused costs a comparison: its message is not looked at.
 ///
 /// Throws: `TFormatString::Exception` when the template of an accepted record cannot be rendered;
-/// `std::bad_function_call` as `LoggerAcceptsSeverity`; what the host's activity factory throws.
+/// `std::bad_function_call` as `LoggerAcceptsSeverity`; what the host's activity factory throws;
+/// `boost::bad_any_cast` when the session has something else where its logging context should be.
 /// Thread safety: may be called from any thread, but not while the logger is being replaced.
 // NOLINTBEGIN(performance-unnecessary-value-param): severities are passed by value for good.
 #define KOR_LOG_MESSAGE_OVERLOADS(MessageType)                                                     \

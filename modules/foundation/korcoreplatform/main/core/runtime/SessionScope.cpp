@@ -6,7 +6,7 @@
 
 namespace {
 
-thread_local SessionScope const* t_innermost = nullptr;
+thread_local SessionScope* t_innermost = nullptr;
 
 TUUID CreateSessionWithObjects()
 {
@@ -27,7 +27,14 @@ SessionScope::SessionScope(TUUID const& id)
 
 SessionScope::~SessionScope()
 {
-    t_innermost = m_outer;
+    // The innermost one, unless scopes end in a wrong order: then it leaves the others as they are.
+    SessionScope** link = &t_innermost;
+    while (*link != nullptr && *link != this) {
+        link = &(*link)->m_outer;
+    }
+    if (*link != nullptr) {
+        *link = m_outer;
+    }
 }
 
 void SessionScope::InstallHooks()

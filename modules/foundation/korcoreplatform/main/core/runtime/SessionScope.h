@@ -17,6 +17,9 @@ class ISessionObjects;
 ///     SessionScope const scope(id);
 ///     CoreThreadContextUtils::SetLoggingContext(context);
 ///
+/// Log records have the context as "ctx" once `TLog::SetLoggingContextEnabled(true)` was called,
+/// and a session as "sess" when a `TLog::ActivityInfoFactory` function gives one.
+///
 /// Scopes nest: the innermost one counts, and behind it the one outside again. A scope for an id
 /// without a store, such as the null id, means that the thread works for no session meanwhile.
 ///
@@ -39,7 +42,7 @@ public:
 private:
     TUUID const m_id;
     std::shared_ptr<ISessionObjects> const m_objects; ///< Null: no session.
-    SessionScope const* const m_outer;                ///< Null: none.
+    SessionScope* m_outer;                            ///< Null: none.
 };
 
 /// A session that keeps its objects in a `SessionObjects`, and is deleted at the end.

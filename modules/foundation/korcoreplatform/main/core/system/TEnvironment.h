@@ -23,7 +23,7 @@
 class KORCOREPLATFORM_EXPORT TEnvironment
 {
 public:
-    TEnvironment() = default; ///< Empty: nothing of this process's environment.
+    TEnvironment() = default; ///< No variables.
     TEnvironment(QProcessEnvironment const& environment) : m_environment(environment) {}
     TEnvironment& operator=(QProcessEnvironment const& environment);
 

@@ -455,7 +455,7 @@ void TProcess::Set_FD_CLOEXEC_BeforeSpawn()
             ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
         }
     }
-    if (error) {
+    if (error.value() != 0) {
         MarkAllDescriptors();
     }
 }

@@ -91,14 +91,18 @@ public:
     /// Throws: `Exception` with id AutoGen_0xC3D29B3D and the process's text when there is no
     /// program, or one is running.
     bool Open(OpenMode mode) override;
-    long long Read(void* buffer, long long max) override; ///< -1 for a failure.
-    long long Size() const override;                      ///< What has arrived and was not read.
+
+    /// Of what has arrived, as `AtEnd` tells of that alone; -1 for a failure. Neither waits for
+    /// more: `WaitUntilExited` does, and `GetQProcess()->waitForReadyRead(ms)`.
+    long long Read(void* buffer, long long max) override;
+    long long Size() const override; ///< What has arrived and was not read.
     long long Write(void const* data, long long count) override; ///< -1 for a failure.
 
     QProcess* GetQProcess(); ///< Ownership: the object's.
     QProcess const* GetQProcess() const;
 
-    // Running. Failures to start show in `WaitUntilStarted` and `Error`.
+    // Running. Failures to start show in `WaitUntilStarted` and `Error`. To start one that is
+    // running does nothing.
 
     void Start(TPath const& program, std::vector<TString> const& arguments,
                OpenMode mode = ReadWrite);
@@ -134,8 +138,8 @@ public:
 
     TPath WorkingDirectory() const; ///< Empty: that of this process.
     void WorkingDirectory(TPath const& path);
-    TEnvironment Environment() const; ///< Empty: that of this process.
-    void Environment(TEnvironment const& environment);
+    TEnvironment Environment() const;                  ///< Empty: that of this process.
+    void Environment(TEnvironment const& environment); ///< Empty: that of this process.
 
     // Processes without an object
 

@@ -1,7 +1,10 @@
 #include "korcoreplatform/main/core/system/TProcessLaunch.h"
 
+#include "korcoreplatform/main/string/TFormatString.h"
+
 #include <algorithm>
 #include <cstring>
+#include <system_error>
 
 namespace {
 
@@ -36,6 +39,24 @@ bool IsVariable(std::pair<std::string, std::string> const& variable)
     auto const& [name, value] = variable;
     return !name.empty() && name.find('=') == std::string::npos && !HasZero(name) &&
            !HasZero(value);
+}
+
+char16_t const* WhatFailed(TProcessLaunch::Failure failure)
+{
+    switch (failure) {
+    case TProcessLaunch::Failure::Request:
+        return u"was given a text that is not allowed";
+    case TProcessLaunch::Failure::InputFile:
+        return u"has an input file that could not be opened";
+    case TProcessLaunch::Failure::Streams:
+        return u"could not be given streams";
+    case TProcessLaunch::Failure::WorkingDirectory:
+        return u"could not enter its working directory";
+    case TProcessLaunch::Failure::None:
+    case TProcessLaunch::Failure::Program:
+        break;
+    }
+    return u"could not be started";
 }
 
 } // namespace
@@ -179,6 +200,24 @@ TProcessLaunch::EnvironmentVector(char const* const* inherited,
     }
     result.push_back(nullptr);
     return result;
+}
+
+TString TProcessLaunch::Result::Description() const
+{
+    switch (end) {
+    case End::Exited:
+        return TFormat(u"exited with code %1", exitCode);
+    case End::Signaled:
+        return TFormat(u"was ended by signal %1", signal);
+    case End::TimedOut:
+        return u"did not end before its deadline";
+    case End::NotStarted:
+        return TFormat(u"%1: %2", WhatFailed(failure),
+                       TString::fromStdString(std::generic_category().message(error)));
+    case End::Unknown:
+        break;
+    }
+    return u"ended in an unknown way";
 }
 
 TString TProcessLaunch::Result::OutputText() const

@@ -90,7 +90,7 @@ public:
     /// Whether the child leads a process group of its own, as it does at first: then the deadline
     /// ends the group with all that the child has started in it, and what a terminal sends to the
     /// group of this process (Ctrl-C) does not reach the child. Otherwise the deadline ends the
-    /// child alone.
+    /// child alone. When this process dies, its children live on, without a deadline.
     TProcessLaunch& OwnProcessGroup(bool isOwn);
 
     /// How long the child may run, counted from its start, in milliseconds. -1, as at first, or
@@ -160,6 +160,10 @@ struct KORCOREPLATFORM_EXPORT TProcessLaunch::Result
 
     /// Did it exit by itself with 0?
     bool Succeeded() const noexcept { return end == End::Exited && exitCode == 0; }
+
+    /// How it ended, for people: "exited with code 3", "could not be started: No such file or
+    /// directory", and so on; after the program's name it is a sentence.
+    TString Description() const;
 
     // The streams read as UTF-8: U+FFFD stands for what is none.
     // Throws: `StringException` with id AutoGen_0xC83B3D89 for more than a text can hold.

@@ -23,7 +23,9 @@ class QColor;
 ///     settings.sync(); // now it is in the file
 ///
 /// A getter gives the default when there is no value, also not where Qt looks besides: in the
-/// organisation's and the machine's settings. It converts values of other types as `QVariant` does.
+/// organisation's and the machine's settings. It converts values of other types as `QVariant` does:
+/// what is no number counts as 0 then, not as the default, and a text with a comma that was written
+/// into the file by hand, without quotes, is a list and no text.
 /// Bytes and lists that are not there are empty. Nothing is thrown for files that cannot be read or
 /// written, `status()` tells of it; a spoilt file keeps, when it is written, what could be read.
 ///
@@ -96,8 +98,8 @@ public:
 
     /// Sets the names under which every later object opens its file. The application's name is
     /// `app` as it is, or, with a suffix, `app` and `suffix` joined by "-", and with "-" for every
-    /// blank. To be called once, before there are settings objects and other threads: without an
-    /// organisation nothing can be stored.
+    /// blank. To be called once, before there are settings objects and other threads. Without an
+    /// organisation Qt stores under a name of its own, and `status()` is an error.
     static void Configure(TString const& org, TString const& app, TString const& suffix);
 
     static TString OrgName();

@@ -53,11 +53,11 @@ public:
 
     // The operating system. Some of the answers are the same on every system; callers rely on it.
 
-    static TString OSShortName();                      ///< Always "mac".
-    static TString OSArchitectureType();               ///< Always "posix".
-    static bool OSIs64Bit() noexcept;                  ///< Always true.
-    static OSVersionInfo const& OSVersion();           ///< `OSVersionInfo::Instance()`
-    static bool GetHighContrastTheme() noexcept;       ///< Always false.
+    static TString OSShortName();                ///< Always "mac".
+    static TString OSArchitectureType();         ///< Always "posix".
+    static bool OSIs64Bit() noexcept;            ///< Always true.
+    static OSVersionInfo const& OSVersion();     ///< `OSVersionInfo::Instance()`; of macOS alone.
+    static bool GetHighContrastTheme() noexcept; ///< Always false.
     static bool SessionIsRemote(int* unused) noexcept; ///< Always false.
 
     // Variables of the environment. Texts are local 8-bit to the system, to which they end at

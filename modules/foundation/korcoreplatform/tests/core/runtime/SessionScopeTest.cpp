@@ -62,6 +62,18 @@ TEST_F(SessionScopeTest, TheInnermostScopeOfTheThreadCounts)
     SessionObjectStore::DeleteSession(empty);
 }
 
+TEST_F(SessionScopeTest, AWrongOrderOfEndsLeavesNothingBehind)
+{
+    OwnedSession const first;
+    OwnedSession const second;
+    std::optional<SessionScope> outer(first.Id());
+    std::optional<SessionScope> inner(second.Id());
+    outer.reset();
+    ExpectSession(second.Id());
+    inner.reset();
+    ExpectSession(TUUID());
+}
+
 TEST_F(SessionScopeTest, AScopeKeepsTheObjectsOfADeletedSession)
 {
     std::optional<OwnedSession> session(std::in_place);

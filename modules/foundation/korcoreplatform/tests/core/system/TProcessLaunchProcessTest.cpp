@@ -159,6 +159,10 @@ TEST_F(TProcessLaunchTest, TellsWhyNothingWasStarted)
         EXPECT_TRUE(IsChildless());
         EXPECT_FALSE(std::filesystem::exists(m_folder.Native("started")));
     }
+    EXPECT_EQ(TProcessLaunch(u"").Run().Description(),
+              u"could not be started: No such file or directory");
+    EXPECT_EQ(TProcessLaunch(zero).Run().Description(),
+              u"was given a text that is not allowed: Invalid argument");
     EXPECT_TRUE(touch.Run().Succeeded());
 }
 
@@ -290,7 +294,10 @@ TEST_F(TProcessLaunchTest, TheDeadlineEndsTheWholeGroup)
         ::close(writers.fd);
     }
     EXPECT_TRUE(TProcessLaunch(u"true").Deadline(kLongMs).Run().Succeeded());
-    EXPECT_EQ(TProcessLaunch(u"sleep", {u"600"}).Deadline(0).Run().end, End::TimedOut);
+    EXPECT_EQ(TProcessLaunch(u"sleep", {u"600"}).Deadline(0).Run().Description(),
+              u"did not end before its deadline");
+    EXPECT_EQ(Shell(u"exit 3").Run().Description(), u"exited with code 3");
+    EXPECT_EQ(Shell(u"kill -9 $$").Run().Description(), u"was ended by signal 9");
 }
 
 /// The descriptors of a child that is launched by other means.
