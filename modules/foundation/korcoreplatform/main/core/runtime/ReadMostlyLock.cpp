@@ -2,6 +2,8 @@
 
 #include <thread>
 
+#include <pthread.h>
+
 ReadMostlyLock::Slot ReadMostlyLock::s_slots[kSlots];
 std::atomic<std::size_t> ReadMostlyLock::s_usedSlots{0};
 ReadMostlyLock::Slot ReadMostlyLock::s_noSlot;
@@ -43,6 +45,23 @@ private:
 
     Slot* m_slot = nullptr; ///< Null when all were taken.
 };
+
+/// In a child made by `fork`: the threads that read are not there.
+void ReadMostlyLock::ForgetOthers()
+{
+    for (Slot& slot : s_slots) {
+        if (&slot != t_slot) {
+            slot.lock.store(nullptr, std::memory_order_relaxed);
+        }
+    }
+}
+
+namespace {
+
+[[maybe_unused]] int const s_atFork =
+    ::pthread_atfork(nullptr, nullptr, [] { ReadMostlyLock::ForgetOthers(); });
+
+} // namespace
 
 ReadMostlyLock::Slot* ReadMostlyLock::TakeSlot()
 {

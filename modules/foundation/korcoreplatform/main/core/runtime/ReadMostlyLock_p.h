@@ -29,6 +29,8 @@ public:
     ReadMostlyLock(ReadMostlyLock const&) = delete;
     ReadMostlyLock& operator=(ReadMostlyLock const&) = delete;
 
+    static void ForgetOthers();
+
     class ReadGuard
     {
     public:

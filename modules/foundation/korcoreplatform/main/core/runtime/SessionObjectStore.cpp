@@ -49,7 +49,10 @@ std::size_t SessionObjectsMap::TUUIDHashCompare::hash(TUUID const& id) noexcept
 
 SessionObjectsMap::SessionObjectsMap() : m_sessions(std::make_unique<Sessions>()) {}
 
-SessionObjectsMap::~SessionObjectsMap() = default;
+SessionObjectsMap::~SessionObjectsMap()
+{
+    Clear(); // stores may look into the map while they are destroyed
+}
 
 SessionObjectsMap& SessionObjectsMap::Get()
 {

@@ -13,13 +13,14 @@
 ///     SessionObjectStore::SetSessionObjectsInterface(id, std::make_shared<SessionObjects>());
 ///
 /// Storing null removes what is under the key. What is replaced or removed is destroyed behind the
-/// lock, so its destructor may use the session.
+/// lock, so its destructor may use the session; not so where the session itself ends.
 ///
 /// Ownership: objects are shared with everybody who gets them. A session that holds an object that
 /// holds the session is never destroyed.
 /// Thread safety: the functions for synchronized objects are safe from any thread, and such objects
 /// are read without waiting for each other. Those for the others are for one thread at a time. What
-/// is in an object is not guarded in either case.
+/// is in an object is not guarded in either case. A child made by `fork` begins sessions of its
+/// own: in those of its parent, what other threads were changing stays locked.
 class KORCOREPLATFORM_EXPORT SessionObjects final : public ISessionObjects
 {
 public:

@@ -45,7 +45,7 @@ void SessionScope::InstallHooks()
     });
     CoreThreadContext::SetGetSessionObjectsInterfaceFunction(
         [] { return t_innermost != nullptr ? t_innermost->m_objects : nullptr; });
-    // Last: only from now on does anybody ask the other two.
+    // Last: generic objects are asked for only from now on.
     CoreThreadContext::SetHasSessionIdFunction(
         [] { return t_innermost != nullptr && t_innermost->m_objects != nullptr; });
 }

@@ -54,6 +54,7 @@ private:
 class KORCOREPLATFORM_EXPORT OwnedSession
 {
 public:
+    /// Throws: as `SessionObjectStore::CreateSession`.
     OwnedSession();
     OwnedSession(OwnedSession const&) = delete;
     OwnedSession& operator=(OwnedSession const&) = delete;

@@ -181,6 +181,12 @@ std::vector<TString> ToTexts(QStringList const& list)
     return std::vector<TString>(list.begin(), list.end());
 }
 
+/// Of slashes, which separate levels, Qt leaves nothing.
+bool NamesNothing(TString const& key)
+{
+    return key.findOneNotOf(u"/") < 0;
+}
+
 } // namespace
 
 void TSettings::Configure(TString const& org, TString const& app, TString const& suffix)
@@ -341,7 +347,7 @@ bool TSettings::ValueExists(TString const& key) const
 
 void TSettings::Remove(TString const& key)
 {
-    if (!key.isEmpty() || !group().isEmpty()) {
+    if (!NamesNothing(key) || !group().isEmpty()) {
         remove(key.toQString());
     }
 }
@@ -450,7 +456,9 @@ std::vector<TString> TSettings::ChildGroups(Group group)
 
 void TSettings::Remove(Group group, TString const& sub1, TString const& sub2)
 {
-    TSettings(group, sub1, sub2).Remove(TString());
+    if ((sub1.isEmpty() || !NamesNothing(sub1)) && (sub2.isEmpty() || !NamesNothing(sub2))) {
+        TSettings(group, sub1, sub2).Remove(TString());
+    }
 }
 
 void TSettings::RemoveGroup(Group group)
@@ -472,5 +480,5 @@ bool TSettings::ValueExistsFromScope(Scope scope, Group group, TString const& ke
 void TSettings::SetStringValueAndScope(Scope scope, Group appGroup, Group group, TString const& key,
                                        TString const& newValue)
 {
-    TSettings(scope, appGroup, group).SetStringValue(key, newValue);
+    TSettings(scope, appGroup, group, TString(), TString()).SetStringValue(key, newValue);
 }

@@ -29,9 +29,15 @@ class QColor;
 /// Bytes and lists that are not there are empty. Nothing is thrown for files that cannot be read or
 /// written, `status()` tells of it; a spoilt file keeps, when it is written, what could be read.
 ///
+/// A "/" in a key or in the name of a sub-group separates levels.
+///
 /// What is set is in the file at the latest when the object is destroyed: for the static functions,
-/// when they return. Writers lose nothing of each other, in several processes neither: under a lock
-/// file, each takes over what is new in the file, but for the keys that it has set or removed.
+/// when they return. A failed write leaves it in memory, for the next one; who has to know uses an
+/// object, `sync()` and `status()`. Writers lose nothing of each other, in several processes
+/// neither: under a lock file, each takes over what is new in the file, but for the keys that it
+/// has set or removed. (Qt sees that a file is new by its size and its time in milliseconds: a
+/// write that keeps both goes unseen.) A writer waits for one that holds the lock file as long as
+/// that lives.
 ///
 /// Thread safety: one object is for one thread at a time, but several may stand for one file. The
 /// static functions are safe from any thread, once `Configure` has returned.
@@ -117,8 +123,7 @@ public:
               TString const& sub2 = TString());
 
     /// Opens the file of one group's application, and goes to another group in it.
-    TSettings(Scope scope, Group appGroup, Group group, TString const& sub1 = TString(),
-              TString const& sub2 = TString());
+    TSettings(Scope scope, Group appGroup, Group group, TString const& sub1, TString const& sub2);
     ~TSettings() override;
 
     /// Goes from the current group to the one named, and on to the sub-groups that are not empty. A

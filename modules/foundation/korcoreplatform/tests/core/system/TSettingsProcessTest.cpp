@@ -197,7 +197,7 @@ TEST_F(TSettingsTest, ObjectsStandInTheirFileAndGroup)
         {__LINE__, S(S::ReportingServer), "user/Test Org/ReportingServer.conf", "ReportingServer"},
         {__LINE__, S(S::Scope(9), S::Install), "system/Test Org/Test-App-2.conf", "Install"},
         {__LINE__,
-         S(S::SystemScope, S::ReportingServer, S::AlternativeFederationEngineDialog, u"1"),
+         S(S::SystemScope, S::ReportingServer, S::AlternativeFederationEngineDialog, u"1", {}),
          "system/Test Org/ReportingServer.conf", "AlternativeFederationEngineDialog/1"},
     };
     for (Case const& c : cases) {
@@ -247,6 +247,8 @@ TEST_F(TSettingsTest, RemovingStaysInTheGroup)
     S::RemoveGroup(S::NoGroup);
     S::Remove(S::NoGroup7, u"s1", u"s2");
     S(S::NoGroup).Remove(TString());
+    S(S::NoGroup).Remove(u"/"); // Qt takes it for nothing, which is everything
+    S::Remove(S::Proxy, u"//");
     EXPECT_EQ(S::ChildGroups(S::NoGroup), (Texts{u"Proxy", u"s1", u"s3"}));
     EXPECT_EQ(S(S::Proxy).Values(), (Texts{u"a", u"b"}));
 }
@@ -256,7 +258,9 @@ TEST_F(TSettingsTest, ScopesHaveFilesOfTheirOwn)
     using S = TSettings;
     S::SetStringValue(S::Prompts, u"mine", u"1");
     S::SetStringValueAndScope(S::SystemScope, S::ReportingServer, S::Proxy, u"name", kText);
-    EXPECT_EQ(S(S::SystemScope, S::ReportingServer, S::Proxy).GetStringValue(u"name", u""), kText);
+    EXPECT_EQ(S(S::SystemScope, S::ReportingServer, S::Proxy, TString(), TString())
+                  .GetStringValue(u"name", u""),
+              kText);
     EXPECT_FALSE(S::ValueExistsFromScope(S::SystemScope, S::Prompts, u"mine"));
     EXPECT_EQ(S::GetStringValueFromScope(S::UserScope, S::Prompts, u"mine", u""), u"1");
 }
