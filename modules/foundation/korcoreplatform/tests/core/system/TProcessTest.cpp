@@ -278,6 +278,9 @@ TEST(TProcessTest, ASpawnedChildHasThreeStreamsAndTheGivenVariables)
 
 TEST(TProcessTest, DescriptorsAreMarkedEvenWhenNoneIsLeft)
 {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "this build's checks of types need descriptors themselves";
+#endif
     EXPECT_EXIT(MarkWithoutDescriptors(), testing::ExitedWithCode(0), "");
 }
 
