@@ -1,6 +1,7 @@
 #include "korcoreplatform/main/core/runtime/SessionObjectStore.h"
 
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
+#include "korcoreplatform/main/core/runtime/ReadMostlyLock_p.h"
 #include "korsys/main/error/KorErrorsError.h"
 #include "korsys/main/error/LogicException.h"
 #include "korsys/main/text/THash.h"
@@ -33,8 +34,15 @@ Interface StoreOf(TUUID const& id, int line, KorvelError (*makeError)())
 
 } // namespace
 
-struct SessionObjectsMap::Sessions : tbb::concurrent_hash_map<TUUID, Interface, TUUIDHashCompare>
-{};
+struct SessionObjectsMap::Sessions
+{
+    using Map = tbb::concurrent_hash_map<TUUID, Interface, TUUIDHashCompare>;
+
+    /// Held for reading by every operation, as they go on at the same time; for writing by the one
+    /// that the map itself does not let others go on with.
+    ReadMostlyLock lock;
+    Map map; ///< A null store is not attached yet.
+};
 
 std::size_t SessionObjectsMap::TUUIDHashCompare::hash(TUUID const& id) noexcept
 {
@@ -62,14 +70,19 @@ SessionObjectsMap& SessionObjectsMap::Get()
 
 void SessionObjectsMap::Clear()
 {
-    Sessions removed; // destroyed when this map is as it will be
-    m_sessions->swap(removed);
+    Sessions::Map removed; // destroyed behind the lock, as wherever stores are dropped
+    ReadMostlyLock::WriteGuard const writing(m_sessions->lock);
+    m_sessions->map.swap(removed);
 }
 
 TUUID SessionObjectsMap::CreateSessionObjects()
 {
     TUUID const id = TUUID::CreateUUID();
-    bool const insertedNewId = m_sessions->insert({id, nullptr});
+    bool insertedNewId = false;
+    {
+        ReadMostlyLock::ReadGuard const reading(m_sessions->lock);
+        insertedNewId = m_sessions->map.insert({id, nullptr});
+    }
     if (!insertedNewId) {
         Fail(185, "insertedNewId", &KorErrorsError::LogicAssert_0x8EC5143D);
     }
@@ -81,31 +94,41 @@ void SessionObjectsMap::DeleteSessionObjects(TUUID const& id)
     if (id.IsNull()) {
         return;
     }
-    Interface removed; // destroyed behind the lock
-    Sessions::accessor found;
-    if (m_sessions->find(found, id)) {
+    Interface removed;
+    ReadMostlyLock::ReadGuard const reading(m_sessions->lock);
+    Sessions::Map::accessor found;
+    if (m_sessions->map.find(found, id)) {
         removed.swap(found->second);
-        m_sessions->erase(found);
+        m_sessions->map.erase(found);
     }
 }
 
 Interface SessionObjectsMap::GetSessionObjectsInterface(TUUID const& id) const
 {
-    Sessions::const_accessor found;
-    return m_sessions->find(found, id) ? found->second : nullptr;
+    ReadMostlyLock::ReadGuard const reading(m_sessions->lock);
+    Sessions::Map::const_accessor found;
+    return m_sessions->map.find(found, id) ? found->second : nullptr;
 }
 
 void SessionObjectsMap::SetSessionObjectsInterface(TUUID const& id, Interface interface)
 {
-    Sessions::accessor sit;
-    bool const found = m_sessions->find(sit, id);
+    bool found = false;
+    bool isFree = false;
+    {
+        ReadMostlyLock::ReadGuard const reading(m_sessions->lock);
+        Sessions::Map::accessor sit;
+        found = m_sessions->map.find(sit, id);
+        isFree = found && sit->second == nullptr;
+        if (isFree) {
+            sit->second = std::move(interface);
+        }
+    }
     if (!found) {
         Fail(212, "found", &KorErrorsError::LogicAssert_0x0AAE8A7B);
     }
-    if (sit->second != nullptr) {
+    if (!isFree) {
         Fail(214, "sit->second == nullptr", &KorErrorsError::LogicAssert_0x4C43FF6F);
     }
-    sit->second = std::move(interface);
 }
 
 TUUID SessionObjectStore::CreateSession()

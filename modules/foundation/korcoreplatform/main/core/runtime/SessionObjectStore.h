@@ -20,8 +20,8 @@ class ISessionObjects;
 ///
 /// Ownership: the map shares each store with everybody who gets it. A store outlives the deletion
 /// of its session while somebody uses it.
-/// Thread safety: safe from any thread, but for `Clear`; an operation locks the entry that it is
-/// about. Stores are called and destroyed outside the locks, so that they may use the map.
+/// Thread safety: safe from any thread; an operation locks the entry that it is about. Stores are
+/// called and destroyed outside the locks, so that they may use the map.
 class KORCOREPLATFORM_EXPORT SessionObjectsMap
 {
 public:
@@ -40,8 +40,7 @@ public:
     /// The map of the process, made at the first call and never destroyed.
     static SessionObjectsMap& Get();
 
-    /// Deletes every session.
-    /// Thread safety: no other thread may use the map meanwhile.
+    /// Deletes every session. No other operation goes on meanwhile.
     void Clear();
 
     /// Makes a session with a new random id, and no store.
@@ -62,7 +61,7 @@ public:
 private:
     struct Sessions;
 
-    std::unique_ptr<Sessions> const m_sessions; ///< Never null. A null store is not attached yet.
+    std::unique_ptr<Sessions> const m_sessions; ///< Never null.
 };
 
 /// Sessions, and the objects of any of them, in the map of the process.
