@@ -7,7 +7,6 @@
 #include <QVariant>
 
 #include <cstddef>
-#include <cstring>
 #include <limits>
 #include <stdexcept>
 
@@ -88,15 +87,15 @@ QSettings::Scope QtScope(TSettings::Scope scope)
 
 /// A key in the form that Qt wants, for calls that only look. It borrows the units of the text, so
 /// nobody may keep it: what sets or removes a value keeps its key when that stands in no group.
-class KeyToLookAt
+class BorrowedKey
 {
 public:
-    explicit KeyToLookAt(TString const& key)
+    explicit BorrowedKey(TString const& key)
         : m_header{{Q_REFCOUNT_INITIALIZE_STATIC, key.length(), 0, 0, Offset(key)}},
           m_text(QStringDataPtr{&m_header})
     {}
-    KeyToLookAt(KeyToLookAt const&) = delete;
-    KeyToLookAt& operator=(KeyToLookAt const&) = delete;
+    BorrowedKey(BorrowedKey const&) = delete;
+    BorrowedKey& operator=(BorrowedKey const&) = delete;
 
     operator QString const&() const { return m_text; }
 
@@ -109,65 +108,6 @@ private:
 
     QStringData m_header; ///< Not counted, and never written: Qt takes it for that of a constant.
     QString m_text;
-};
-
-/// A key in the form that Qt wants, for calls that may keep it: in a block that the thread uses
-/// again, unless they did.
-class KeyToKeep
-{
-public:
-    explicit KeyToKeep(TString const& key)
-    {
-        if (t_block == nullptr && !MakeBlock()) {
-            m_own = key.toQString();
-            return;
-        }
-        QStringData* data = t_block->data_ptr();
-        if (data->ref.isShared() || key.length() >= static_cast<int>(data->alloc)) {
-            *t_block = QString();
-            t_block->reserve(qMax(key.length(), kUsualUnits));
-            data = t_block->data_ptr();
-        }
-        data->size = key.length();
-        std::memcpy(data->data(), key.constData(), // with the zero at the end
-                    static_cast<std::size_t>(key.lengthInBytes()) + sizeof(char16_t));
-        m_text = t_block;
-    }
-    KeyToKeep(KeyToKeep const&) = delete;
-    KeyToKeep& operator=(KeyToKeep const&) = delete;
-
-    operator QString const&() const { return *m_text; }
-
-private:
-    static constexpr int kUsualUnits = 100;
-
-    /// Returns false when the block of the thread is gone, as the thread ends.
-    static bool MakeBlock()
-    {
-        struct Owner
-        {
-            Owner() { t_block = &text; }
-            Owner(Owner const&) = delete;
-            Owner& operator=(Owner const&) = delete;
-            ~Owner()
-            {
-                t_block = nullptr;
-                t_isGone = true;
-            }
-
-            QString text;
-        };
-        if (!t_isGone) {
-            static thread_local Owner t_owner;
-        }
-        return t_block != nullptr;
-    }
-
-    inline static thread_local QString* t_block = nullptr;
-    inline static thread_local bool t_isGone = false;
-
-    QString m_own;
-    QString const* m_text = &m_own;
 };
 
 /// Given as a default, it tells that there is no value: a number that nobody stores.
@@ -250,22 +190,22 @@ void TSettings::init(Group group, TString const& sub1, TString const& sub2)
 
 bool TSettings::GetBoolValue(TString const& key, bool defaultValue) const
 {
-    return value(KeyToLookAt(key), defaultValue).toBool();
+    return value(BorrowedKey(key), defaultValue).toBool();
 }
 
 int TSettings::GetIntValue(TString const& key, int defaultValue) const
 {
-    return value(KeyToLookAt(key), defaultValue).toInt();
+    return value(BorrowedKey(key), defaultValue).toInt();
 }
 
 unsigned TSettings::GetUintValue(TString const& key, unsigned defaultValue) const
 {
-    return value(KeyToLookAt(key), defaultValue).toUInt();
+    return value(BorrowedKey(key), defaultValue).toUInt();
 }
 
 TString TSettings::GetStringValue(TString const& key, TString const& defaultValue) const
 {
-    QVariant const found = value(KeyToLookAt(key), MissingValue());
+    QVariant const found = value(BorrowedKey(key), MissingValue());
     bool const isMissing =
         found.type() == QVariant::ULongLong && found.toULongLong() == MissingValue();
     return isMissing ? defaultValue : TString(found.toString());
@@ -273,19 +213,19 @@ TString TSettings::GetStringValue(TString const& key, TString const& defaultValu
 
 std::vector<signed char> TSettings::GetBinaryValue(TString const& key) const
 {
-    QByteArray const bytes = value(KeyToLookAt(key)).toByteArray();
+    QByteArray const bytes = value(BorrowedKey(key)).toByteArray();
     return std::vector<signed char>(bytes.begin(), bytes.end());
 }
 
 QList<QString> TSettings::GetStringList(TString const& key) const
 {
-    return value(KeyToLookAt(key)).toStringList();
+    return value(BorrowedKey(key)).toStringList();
 }
 
 QList<QColor> TSettings::GetColorList(TString const& key) const
 {
     QList<QColor> colors;
-    for (QVariant const& color : value(KeyToLookAt(key)).toList()) {
+    for (QVariant const& color : value(BorrowedKey(key)).toList()) {
         colors.append(color.value<QColor>());
     }
     return colors;
@@ -293,22 +233,22 @@ QList<QColor> TSettings::GetColorList(TString const& key) const
 
 void TSettings::SetBoolValue(TString const& key, bool newValue)
 {
-    setValue(KeyToKeep(key), newValue);
+    setValue(key.toQString(), newValue);
 }
 
 void TSettings::SetIntValue(TString const& key, int newValue)
 {
-    setValue(KeyToKeep(key), newValue);
+    setValue(key.toQString(), newValue);
 }
 
 void TSettings::SetUintValue(TString const& key, unsigned newValue)
 {
-    setValue(KeyToKeep(key), newValue);
+    setValue(key.toQString(), newValue);
 }
 
 void TSettings::SetStringValue(TString const& key, TString const& newValue)
 {
-    setValue(KeyToKeep(key), newValue.toQString());
+    setValue(key.toQString(), newValue.toQString());
 }
 
 void TSettings::SetBinaryValue(TString const& key, std::vector<signed char> const& newValue)
@@ -321,13 +261,13 @@ void TSettings::SetBinaryValue(TString const& key, void const* data, unsigned lo
     if (lengthInBytes > kMaxBinaryBytes) {
         throw std::length_error("TSettings::SetBinaryValue: too many bytes");
     }
-    setValue(KeyToKeep(key),
+    setValue(key.toQString(),
              QByteArray(static_cast<char const*>(data), static_cast<int>(lengthInBytes)));
 }
 
 void TSettings::SetStringList(TString const& key, QList<QString> const& newValue)
 {
-    setValue(KeyToKeep(key), QStringList(newValue));
+    setValue(key.toQString(), QStringList(newValue));
 }
 
 void TSettings::SetColorList(TString const& key, QList<QColor> const& newValue)
@@ -337,12 +277,12 @@ void TSettings::SetColorList(TString const& key, QList<QColor> const& newValue)
     for (QColor const& color : newValue) {
         colors.append(color);
     }
-    setValue(KeyToKeep(key), colors);
+    setValue(key.toQString(), colors);
 }
 
 bool TSettings::ValueExists(TString const& key) const
 {
-    return contains(KeyToLookAt(key));
+    return contains(BorrowedKey(key));
 }
 
 void TSettings::Remove(TString const& key)

@@ -10,7 +10,6 @@
 #include <iostream>
 #include <limits>
 #include <stdexcept>
-#include <thread>
 
 #include <sys/resource.h>
 
@@ -263,22 +262,6 @@ TEST_F(TSettingsTest, ScopesHaveFilesOfTheirOwn)
               kText);
     EXPECT_FALSE(S::ValueExistsFromScope(S::SystemScope, S::Prompts, u"mine"));
     EXPECT_EQ(S::GetStringValueFromScope(S::UserScope, S::Prompts, u"mine", u""), u"1");
-}
-
-/// Sets a value when the thread that has one has destroyed what it had later.
-struct WritesAtTheEnd
-{
-    ~WritesAtTheEnd() { TSettings::SetIntValue(TSettings::Install, u"at the end", 2); }
-};
-
-TEST_F(TSettingsTest, AThreadCanSetValuesToItsEnd)
-{
-    std::thread([] {
-        static thread_local WritesAtTheEnd t_last;
-        [[maybe_unused]] auto const& isMade = t_last;
-        TSettings::SetIntValue(TSettings::Install, u"before", 1);
-    }).join();
-    EXPECT_EQ(TSettings::Values(TSettings::Install), (Texts{u"at the end", u"before"}));
 }
 
 } // namespace
