@@ -6,6 +6,7 @@
 
 #include <benchmark/benchmark.h>
 #include <boost/any.hpp>
+#include <tbb/concurrent_hash_map.h>
 
 #include <cstddef>
 #include <deque>
@@ -112,6 +113,29 @@ public:
     }
 };
 
+/// The kind of map that sessions are kept in, with the object in place of the session: what is left
+/// when nothing but the session is looked up.
+class MapAlone
+{
+public:
+    TUUID Add(Object const& object)
+    {
+        TUUID const id = TUUID::CreateUUID();
+        m_objects.insert({id, object});
+        return id;
+    }
+    Object Find(TUUID const& id, TString const& /*key*/) const
+    {
+        Objects::const_accessor found;
+        return m_objects.find(found, id) ? found->second : nullptr;
+    }
+
+private:
+    using Objects = tbb::concurrent_hash_map<TUUID, Object, SessionObjectsMap::TUUIDHashCompare>;
+
+    Objects m_objects;
+};
+
 /// Each thread reads one object of one session, `run.records` times. They work for one session
 /// together, or for one each.
 template <class Store>
@@ -150,6 +174,7 @@ void Compare(std::string const& who, int threads, bool isOneSession, char const*
         .Contender("ours", Read<OurStore>(threads, isOneSession))
         .Contender(peer, isHeld ? Read<MapHeldMeanwhile>(threads, isOneSession)
                                 : Read<MapSharingSessions>(threads, isOneSession))
+        .Limit("oneTBB's map alone", Read<MapAlone>(threads, isOneSession))
         .AtMost(kTime, 1.0);
 }
 
