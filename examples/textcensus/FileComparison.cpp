@@ -143,7 +143,7 @@ FileComparison CompareWithFile(std::vector<TPath> const& files)
             comparison.Add(paths[i], ours[i], theirs[i]);
         }
     }
-    FileComparison const result = comparison.Result(problem);
+    FileComparison result = comparison.Result(problem);
     phase.Note(u"files", result.files);
     phase.Note(u"agreed", result.agreed);
     return result;
