@@ -2,6 +2,7 @@
 // context, and with the time that the disk takes.
 
 #include "korcoreplatform/benchmarks/core/logging/back/LogContenders.h"
+#include "korcoreplatform/benchmarks/core/logging/front/LineLogger.h"
 #include "korcoreplatform/benchmarks/support/PeerTable.h"
 #include "korcoreplatform/benchmarks/support/Rounds.h"
 #include "korcoreplatform/main/core/logging/Event.h"
@@ -171,24 +172,6 @@ void ProducersAndLengths()
             .At("log-message-length", "", length);
     }
 }
-
-/// Takes every record and makes its line at once.
-class LineLogger : public TLog::NullLogger
-{
-public:
-    using NullLogger::Log;
-
-    bool AcceptsSeverity(TLog::Severity) const override { return true; }
-    void Log(TLog::Severity severity, TLog::Event&& event) override
-    {
-        m_bytes.clear();
-        m_formatter.AppendLine(m_bytes, TLog::AccessLevel::Standard, severity, event);
-    }
-
-private:
-    TLog::Formatter m_formatter;
-    std::string m_bytes;
-};
 
 using Pairs = std::unordered_map<TString, TString>;
 

@@ -1,6 +1,7 @@
 // From the log call to the bytes of the line. The peers write the same keys: a JSON library of a
 // document that it builds, and another logger by a pattern, which escapes nothing.
 
+#include "korcoreplatform/benchmarks/core/logging/front/LineLogger.h"
 #include "korcoreplatform/benchmarks/support/PeerTable.h"
 #include "korcoreplatform/main/core/logging/Event.h"
 #include "korcoreplatform/main/core/logging/Formatter.h"
@@ -32,25 +33,6 @@ using PeerTable::Task;
 constexpr double kNoMark = std::numeric_limits<double>::infinity();
 
 #define MESSAGE "The workbook was opened, its extracts are up to date"
-
-/// Takes every record and writes its line at once.
-class LineLogger : public TLog::NullLogger
-{
-public:
-    using NullLogger::Log;
-
-    bool AcceptsSeverity(TLog::Severity) const override { return true; }
-
-    void Log(TLog::Severity severity, TLog::Event&& event) override
-    {
-        m_bytes.clear();
-        m_formatter.AppendLine(m_bytes, TLog::AccessLevel::Standard, severity, event);
-    }
-
-private:
-    TLog::Formatter m_formatter;
-    std::string m_bytes;
-};
 
 /// Logs through the logger of the process, which is put in for the time of the task.
 template <class Once>
