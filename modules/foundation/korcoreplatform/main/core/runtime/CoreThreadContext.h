@@ -56,8 +56,9 @@ DefaultGetSessionObjectsInterface(); ///< Null.
 ///
 /// Throws: what the hook that is asked and the host's `ISessionObjects` throw, in every function.
 /// Thread safety: reading is safe from any thread, as far as the host's hooks are. Hooks are
-/// replaced while no other thread uses them, usually at start-up. Once the process's exit
-/// handlers run there is no session: what a hook looks at may be gone.
+/// replaced while no other thread uses them, usually at start-up. At the exit of the process,
+/// `HasSessionId` turns false when what stood before the first hook begins to be destroyed: what a
+/// hook looks at may be gone from then on. The other two hooks are asked even then.
 class KORCOREPLATFORM_EXPORT CoreThreadContext
 {
 public:
