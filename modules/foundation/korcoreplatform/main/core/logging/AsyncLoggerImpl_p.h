@@ -3,6 +3,7 @@
 #pragma once
 
 #include "korcoreplatform/main/core/logging/AsyncLogger.h"
+#include "korcoreplatform/main/core/logging/CacheLines_p.h"
 #include "korcoreplatform/main/core/logging/Channel.h"
 #include "korcoreplatform/main/core/logging/LogItem_p.h"
 #include "korcoreplatform/main/core/logging/LogQueue_p.h"
@@ -70,13 +71,11 @@ private:
     void PublishLosses() noexcept;
     void NoteQueueLength() noexcept;
 
-    static constexpr int kCacheLineBytes = 64;
-
     LogQueue m_queue;
 
     // What every log call reads. The lines around it are not written by each record.
 
-    alignas(kCacheLineBytes) std::uint32_t const m_processId;
+    alignas(CacheLines::kBytes) std::uint32_t const m_processId;
     std::atomic<bool> m_isAsleep{false}; ///< The writer waits, or is about to, for m_itemAvailable.
     std::atomic<std::int64_t> m_maxAgeMs{0};
     TEvent m_itemAvailable;
@@ -84,7 +83,7 @@ private:
 
     // What the writer keeps for itself
 
-    alignas(kCacheLineBytes) std::vector<std::shared_ptr<Channel>> m_channels;
+    alignas(CacheLines::kBytes) std::vector<std::shared_ptr<Channel>> m_channels;
     std::vector<std::shared_ptr<Filter>> m_filters;
     bool m_isUnflushed = false; ///< A record was appended to the channels since the last flush.
     SteadyClock::time_point m_unflushedSince; ///< While m_isUnflushed.

@@ -2,7 +2,10 @@
 
 #pragma once
 
+#include "korcoreplatform/main/core/logging/CacheLines_p.h"
+
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 namespace TLog {
@@ -69,7 +72,7 @@ public:
             }
         }
         m_first = second;
-        __builtin_prefetch(second); // the consumer is busy with `first` meanwhile
+        CacheLines::Prefetch<false>(second, kPrefetchedLines);
         return first;
     }
 
@@ -86,13 +89,13 @@ public:
     }
 
 private:
-    static constexpr int kCacheLineBytes = 64;
+    static constexpr std::size_t kPrefetchedLines = 4; ///< A record with a short text.
 
     // What producers write stays away from what the consumer writes.
-    alignas(kCacheLineBytes) std::atomic<LogQueueLink*> m_last;
+    alignas(CacheLines::kBytes) std::atomic<LogQueueLink*> m_last;
     std::atomic<std::uint64_t> m_counted{0};
-    alignas(kCacheLineBytes) LogQueueLink* m_first; ///< The consumer's.
-    LogQueueLink m_stub;                            ///< Stands in the queue when nothing else does.
+    alignas(CacheLines::kBytes) LogQueueLink* m_first; ///< The consumer's.
+    LogQueueLink m_stub; ///< Stands in the queue when nothing else does.
 };
 
 } // namespace TLog

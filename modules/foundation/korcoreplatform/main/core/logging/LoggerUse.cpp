@@ -1,5 +1,6 @@
 #include "korcoreplatform/main/core/logging/LoggerUse_p.h"
 
+#include "korcoreplatform/main/core/logging/CacheLines_p.h"
 #include "korcoreplatform/main/core/logging/Logger.h"
 
 #include <chrono>
@@ -15,7 +16,7 @@ constexpr std::chrono::microseconds kLook(50);
 constexpr std::chrono::seconds kLongestWait(1);
 
 /// Says of one thread how many log calls it is in. Never freed, taken over by a later thread.
-struct alignas(64) Mark
+struct alignas(CacheLines::kBytes) Mark
 {
     std::atomic<int> uses{0};
     std::atomic<bool> isTaken{false};

@@ -1,5 +1,6 @@
 #include "korcoreplatform/main/core/logging/RecordMemory_p.h"
 
+#include "korcoreplatform/main/core/logging/CacheLines_p.h"
 #include "korcoreplatform/main/core/logging/RecordPages_p.h"
 
 #include <atomic>
@@ -19,6 +20,7 @@ constexpr std::size_t kBytes[kSizes] = {RecordMemory::kSmallBytes, RecordMemory:
 constexpr std::size_t kChunkBytes = 256 << 10; ///< Mapped at a time, and aligned to that.
 constexpr int kBatchBlocks = 64;               ///< What threads and the pool hand to each other.
 constexpr std::size_t kKeptBytes = 4 << 20;    ///< What `Trim` leaves of a size.
+constexpr std::size_t kPrefetchedLines = 3;    ///< Of a block: a record and the head of its text.
 
 int SizeOf(std::size_t bytes)
 {
@@ -280,7 +282,9 @@ Block* TakeBlock(Cache& cache, int size)
         throw std::bad_alloc();
     }
     --cache.partCount;
-    return std::exchange(cache.part, cache.part->next);
+    Block* const block = std::exchange(cache.part, cache.part->next);
+    CacheLines::Prefetch<true>(cache.part, kPrefetchedLines); // the next record is written here
+    return block;
 }
 
 /// Hands the blocks of `batches` to `keep`, except for those of chunks of which none is in use;
