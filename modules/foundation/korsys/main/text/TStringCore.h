@@ -156,7 +156,7 @@ public:
     TStringCore& append(char const* text, int len = -1);
     TStringCore& append(char16_t c)
     {
-        *extend(1) = c;
+        extendWith(c);
         return *this;
     }
     TStringCore& append(char c) { return append(unitOf(c)); }

@@ -162,6 +162,29 @@ public:
         return extendSlowly(n);
     }
 
+    /// Adds one unit at the end.
+    void extendWith(char16_t c)
+    {
+        if (isLong()) {
+            TLongStringHeader* const block = header();
+            // Without a sign, the length of the call before is at hand as soon as it is stored.
+            auto const oldLength = static_cast<std::uint32_t>(longLength());
+            if (oldLength < static_cast<std::uint32_t>(block->capacity) && !block->isShared()) {
+                storeLongLength(block, static_cast<std::int32_t>(oldLength + 1));
+                putLast(block->text() + oldLength, c);
+                return;
+            }
+        } else {
+            int const oldLength = m_units[kFormUnit];
+            if (oldLength < kShortCapacity) {
+                m_units[kFormUnit] = static_cast<char16_t>(oldLength + 1);
+                putLast(m_units + oldLength, c);
+                return;
+            }
+        }
+        *extendSlowly(1) = c;
+    }
+
     /// Makes room for `n` units in all. Up to 14 there always is.
     void reserve(int n);
 
@@ -256,13 +279,26 @@ private:
         return n;
     }
 
-    char16_t* setLongLength(TLongStringHeader* block, std::int32_t n) noexcept
+    void storeLongLength(TLongStringHeader* block, std::int32_t n) noexcept
     {
         std::memcpy(m_units + kLongLengthUnit, &n, sizeof(n));
         block->length = n;
+    }
+
+    char16_t* setLongLength(TLongStringHeader* block, std::int32_t n) noexcept
+    {
+        storeLongLength(block, n);
         char16_t* const units = block->text();
         units[n] = 0;
         return units;
+    }
+
+    /// Writes the last unit and the zero behind it, both in one store.
+    static void putLast(char16_t* to, char16_t c) noexcept
+    {
+        constexpr bool isLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+        std::uint32_t const last = isLittleEndian ? c : std::uint32_t(c) << 16;
+        std::memcpy(to, &last, sizeof(last));
     }
 
     /// The same pointer, its origin hidden: a compiler that sees a short literal here warns of the
