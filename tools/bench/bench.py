@@ -24,8 +24,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 def arguments():
     parser = argparse.ArgumentParser(prog="./dev bench", allow_abbrev=False, description=(
-        "Other arguments go to the programs, such as --benchmark_filter=REGEX and, for a quick "
-        "look, --records=N."))
+        "--benchmark_filter=REGEX and other --benchmark_... options go to the programs, and for a "
+        "quick look --records=N."))
     parser.add_argument("names", nargs="*", metavar="NAME",
                         help="text, files, ...: the program bench_NAME; all but scaling without")
     parser.add_argument("--rounds", type=int, default=5, metavar="N")
@@ -37,12 +37,12 @@ def arguments():
     parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build/release",
                         help=argparse.SUPPRESS)
     parser.add_argument("--list-programs", action="store_true", help=argparse.SUPPRESS)
-    options, options.rest = parser.parse_known_args()
+    # The parser would take what has a blank in it for a name.
+    theirs = [a for a in sys.argv[1:] if a.startswith(("--benchmark_", "--records="))]
+    options = parser.parse_args([a for a in sys.argv[1:] if a not in theirs])
+    options.rest = theirs
     if options.compare and len(options.compare) > 2:
         parser.error("--compare takes one or two files")
-    for stray in options.rest:
-        if not stray.startswith("-"):
-            parser.error(f"cannot understand {stray}")
     return options
 
 
@@ -104,8 +104,8 @@ def run(options, programs):
         print(f"== {program}", file=sys.stderr, flush=True)
         with tempfile.NamedTemporaryFile("r", suffix=".json", encoding="utf-8") as lines:
             # A curve has many points, each of which may be less exact than a row.
-            short = ["--benchmark_min_time=0.01"] if program == "bench_scaling" else []
-            command = [options.build / program, f"--benchmark_repetitions={options.rounds}",
+            short = ["--benchmark_repetitions=1"] if program == "bench_scaling" else []
+            command = [options.build / program, f"--rounds={options.rounds}",
                        f"--json={lines.name}", *short, *options.rest]
             if subprocess.run(command, check=False).returncode != 0:
                 sys.exit(f"bench: {program} failed")

@@ -1,9 +1,10 @@
 """What the rounds of a run say: medians, ratios, verdicts, and what moved between two runs.
 
-A row is "at the mark" when the mark lies within the noise of its ratio, the range of ratios that the
-middle half of the rounds of both sides can make: this run cannot tell on which side. Between two
-runs a machine drifts more than within one, so a ratio has moved only when the ranges that all rounds
-can make do not meet.
+Each round has its own ratio of ours to the peer's: both ran right after each other, so that the
+machine was equally fast for them. The ratio of a row is their median, and its noise the range of
+their middle half. A row is "at the mark" when the mark lies within that noise: this run cannot tell
+on which side. Between two runs a machine drifts more than within one, so a ratio has moved only when
+the ranges of all rounds do not meet.
 """
 
 import math
@@ -42,14 +43,19 @@ def judge(program, raw):
     row["best"] = raw["against"] or best(
         everybody, key=lambda who: everybody[who]["median"], default=None)
     row["ratio"] = row["ratio_low"] = row["ratio_high"] = None
-    if row["best"] is not None:
-        ours, peer = row["ours"], everybody[row["best"]]
-        (low, high), (peer_low, peer_high) = middle(ours["rounds"]), middle(peer["rounds"])
-        if min(ours["min"], peer["min"]) > 0:
-            row["ratio"] = ours["median"] / peer["median"]
-            row["ratio_low"], row["ratio_high"] = low / peer_high, high / peer_low
+    if (ratios := ratios_of(row)):
+        row["ratio"] = statistics.median(ratios)
+        row["ratio_low"], row["ratio_high"] = middle(ratios)
     row["verdict"] = verdict(row)
     return row
+
+
+def ratios_of(row):
+    """One a round; none without a peer or when a time is zero."""
+    if row["best"] is None:
+        return []
+    pairs = list(zip(row["ours"]["rounds"], row["peers"][row["best"]]["rounds"]))
+    return [ours / peer for ours, peer in pairs] if min(map(min, pairs)) > 0 else []
 
 
 def number(value):
@@ -105,12 +111,6 @@ def result_table(rows):
     return table(head, [cells(row) for row in rows])
 
 
-def extremes(row):
-    """The lowest and the highest ratio of any round of ours to any of the peer's."""
-    ours, peer = row["ours"], row["peers"][row["best"]]
-    return ours["min"] / peer["max"], ours["max"] / peer["min"]
-
-
 def moved(old, new):
     """The pairs of rows whose ratios differ by more than the noise of both, the worst first."""
     before = {(row["program"], row["row"]): row for row in old if row["ratio"] is not None}
@@ -118,8 +118,8 @@ def moved(old, new):
     for row in new:
         was = before.get((row["program"], row["row"]))
         if was and row["ratio"] is not None:
-            (low, high), (was_low, was_high) = extremes(row), extremes(was)
-            if low > was_high or high < was_low:
+            ratios, before_that = ratios_of(row), ratios_of(was)
+            if min(ratios) > max(before_that) or max(ratios) < min(before_that):
                 pairs.append((was, row))
     return sorted(pairs, key=lambda pair: worsening(*pair), reverse=True)
 

@@ -21,10 +21,9 @@ bool Reads(std::string const& argument, std::string const& name, std::string& va
 
 } // namespace
 
-/// Runs the rows and the scenarios that `--benchmark_filter=REGEX` finds, in
-/// `--benchmark_repetitions=N` rounds. `--records=N` limits each run of a scenario, for a quick
-/// look; `--json=FILE` keeps the result instead of printing it. Other arguments are those of the
-/// benchmark library.
+/// Runs the rows and the scenarios that `--benchmark_filter=REGEX` finds, in `--rounds=N` rounds.
+/// `--records=N` limits each run of a scenario, for a quick look; `--json=FILE` keeps the result
+/// instead of printing it. Other arguments are those of the benchmark library.
 int main(int argc, char** argv)
 {
     std::string json;
@@ -40,10 +39,13 @@ int main(int argc, char** argv)
                 settings.records = std::stoi(value);
                 continue;
             }
+            if (Reads(argument, "--rounds", value)) {
+                settings.rounds = std::stoi(value);
+                continue;
+            }
             if (Reads(argument, "--benchmark_filter", value)) {
                 settings.filter = value;
-            } else if (Reads(argument, "--benchmark_repetitions", value)) {
-                settings.rounds = std::stoi(value);
+                continue;
             }
             forRows.push_back(argument);
         }
@@ -51,7 +53,7 @@ int main(int argc, char** argv)
             return 2;
         }
         Rounds::RunAll(settings); // first: its children inherit the memory of what ran before
-        PeerTable::RunAll();
+        PeerTable::RunAll(settings.filter, settings.rounds);
     } catch (std::exception const& e) {
         std::fprintf(stderr, "%s: %s\n", argv[0], e.what());
         return 1;

@@ -2,7 +2,10 @@
 
 #include "korcoreplatform/benchmarks/support/Report.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
+#include <stdexcept>
 #include <utility>
 
 namespace PeerTable {
@@ -36,37 +39,38 @@ public:
     void ReportRuns(std::vector<Run> const& runs) override
     {
         for (Run const& run : runs) {
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
+            if (run.error_occurred) {
+                throw std::runtime_error(run.run_name.function_name + ": " + run.error_message);
+            }
+            if (run.run_type == Run::RT_Iteration) {
                 m_times[run.run_name.function_name].push_back(run.GetAdjustedCPUTime());
             }
         }
     }
 
-    /// Adds the rows of which every task has run.
-    void Report() const
-    {
-        for (Report::Row row : Rows()) {
-            if (Fill(row, row.contenders) && Fill(row, row.limit)) {
-                Report::Add(std::move(row));
-            }
-        }
-    }
+    std::vector<double> const& TimesOf(std::string const& task) const { return m_times.at(task); }
 
 private:
-    bool Fill(Report::Row const& row, std::vector<Report::Figures>& all) const
-    {
-        for (Report::Figures& figures : all) {
-            auto const found = m_times.find(NameOf(row, figures.who));
-            if (found == m_times.end()) {
-                return false;
-            }
-            figures.rounds = found->second;
-        }
-        return true;
-    }
-
     std::map<std::string, std::vector<double>> m_times;
 };
+
+/// The expression that finds this text alone.
+std::string Escaped(std::string const& text)
+{
+    return std::regex_replace(text, std::regex(R"([.^$|()[\]{}*+?\\])"), R"(\$&)");
+}
+
+/// Adds a round to each task of the row.
+void RunRound(Report::Row& row)
+{
+    Collector collector;
+    benchmark::RunSpecifiedBenchmarks(&collector, '^' + Escaped(NameOf(row, "")));
+    for (std::vector<Report::Figures>* const all : {&row.contenders, &row.limit}) {
+        for (Report::Figures& figures : *all) {
+            figures.rounds.push_back(Report::Median(collector.TimesOf(NameOf(row, figures.who))));
+        }
+    }
+}
 
 } // namespace
 
@@ -102,10 +106,10 @@ Row& Row::At(std::string const& plot, std::string const& curve, double x)
 
 bool TakeArguments(std::string program, std::vector<std::string> const& arguments)
 {
-    // Interleaved rounds, so that a machine whose speed drifts is equally unfair to all.
-    std::vector<std::string> all = {std::move(program), "--benchmark_repetitions=5",
+    // What the tasks of a row do in a round, in random order. A round counts the median.
+    std::vector<std::string> all = {std::move(program), "--benchmark_repetitions=3",
                                     "--benchmark_enable_random_interleaving=true",
-                                    "--benchmark_min_time=0.03"};
+                                    "--benchmark_min_time=0.01"};
     all.insert(all.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
     for (std::string& argument : all) {
@@ -116,12 +120,18 @@ bool TakeArguments(std::string program, std::vector<std::string> const& argument
     return !benchmark::ReportUnrecognizedArguments(count, pointers.data());
 }
 
-void RunAll()
+void RunAll(std::regex const& filter, int rounds)
 {
-    if (!Rows().empty()) {
-        Collector collector;
-        benchmark::RunSpecifiedBenchmarks(&collector);
-        collector.Report();
+    std::vector<Report::Row> chosen;
+    std::copy_if(Rows().begin(), Rows().end(), std::back_inserter(chosen),
+                 [&](Report::Row const& row) { return std::regex_search(row.name, filter); });
+    for (int round = 0; round < rounds; ++round) {
+        for (Report::Row& row : chosen) {
+            RunRound(row);
+        }
+    }
+    for (Report::Row& row : chosen) {
+        Report::Add(std::move(row));
     }
 }
 

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <limits>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,8 @@ constexpr double kNoMark = std::numeric_limits<double>::infinity();
 ///
 ///     Row("find a unit", 1.0).Ours(...).Peer("QString", ...).Peer("std", ...);
 ///
-/// The tasks of all rows run interleaved; what counts is processor time.
+/// A round runs all rows. The tasks of a row take turns in short runs, so that they meet the machine
+/// in the same state; what counts is processor time.
 class Row
 {
 public:
@@ -43,8 +45,8 @@ private:
 /// Takes the arguments, which are those of the benchmark library. Returns whether that knows them.
 bool TakeArguments(std::string program, std::vector<std::string> const& arguments);
 
-/// Runs the rows and adds them to the report.
-void RunAll();
+/// Runs the rows that the filter finds by their names and adds them to the report.
+void RunAll(std::regex const& filter, int rounds);
 
 /// Runs `once` for as long as the benchmark wants; what it returns is kept from the optimiser.
 template <class Once>
