@@ -13,6 +13,8 @@ constexpr std::size_t kBlockGranularity = 16; // allocators round up to this muc
 // A text that grows out of its object is likely to grow on.
 constexpr int kFirstBlockUnits = 55; // 128 bytes
 
+constexpr int kLargeUnits = 2048; ///< From here on room grows by half, below it doubles.
+
 std::size_t BlockBytes(std::int64_t capacity)
 {
     std::size_t const units = static_cast<std::size_t>(capacity) + 1;
@@ -29,7 +31,7 @@ void CheckLength(std::int64_t length)
 
 std::int64_t GrownCapacity(std::int64_t oldCapacity, std::int64_t wanted)
 {
-    std::int64_t const grown = oldCapacity + oldCapacity / 2;
+    std::int64_t const grown = oldCapacity + oldCapacity / (oldCapacity < kLargeUnits ? 1 : 2);
     return std::min<std::int64_t>(std::max(grown, wanted), TStringManager::kMaxLength);
 }
 
@@ -78,7 +80,7 @@ void TStringManager::moveToBlock(std::int64_t capacity, int keptUnits)
 {
     if (isLong() && !isShared()) {
         setHeader(TLongStringHeader::resized(header(), capacity));
-        setLongLength(header(), keptUnits);
+        setLongLength(header(), static_cast<std::uint32_t>(keptUnits));
         return;
     }
     TLongStringHeader* const block = TLongStringHeader::create(capacity);
@@ -87,7 +89,7 @@ void TStringManager::moveToBlock(std::int64_t capacity, int keptUnits)
         header()->release();
     }
     setHeader(block);
-    setLongLength(block, keptUnits);
+    setLongLength(block, static_cast<std::uint32_t>(keptUnits));
 }
 
 void TStringManager::detach()
@@ -101,7 +103,7 @@ char16_t* TStringManager::setLength(int n) noexcept
         setShortLength(n);
         return m_units;
     }
-    return setLongLength(header(), n);
+    return setLongLength(header(), static_cast<std::uint32_t>(n));
 }
 
 char16_t* TStringManager::resize(int n)

@@ -21,6 +21,12 @@ struct alignas(16) TLongStringHeader
     char16_t* text() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
     char16_t const* text() const noexcept { return reinterpret_cast<char16_t const*>(this + 1); }
 
+    /// Units that fit behind a text of `used` units.
+    std::uint32_t room(std::uint32_t used) const noexcept
+    {
+        return static_cast<std::uint32_t>(capacity) - used;
+    }
+
     /// More than one owner? The acquire pairs with the release of the owner that left last, so
     /// what that owner read is over before the one that stays writes.
     bool isShared() const noexcept { return references.load(std::memory_order_acquire) != 1; }
@@ -112,7 +118,10 @@ public:
         std::memcpy(other.m_units, units, sizeof(m_units));
     }
 
-    int length() const noexcept { return isLong() ? longLength() : m_units[kFormUnit]; }
+    int length() const noexcept
+    {
+        return isLong() ? static_cast<int>(longLength()) : m_units[kFormUnit];
+    }
 
     /// The units, with a zero after the last. Valid until the object changes or dies.
     char16_t const* constData() const noexcept { return isLong() ? header()->text() : m_units; }
@@ -142,15 +151,16 @@ public:
     /// As `resize`, but the old units need not survive: for writing a whole new text.
     char16_t* resizeForOverwrite(int n);
 
-    /// Adds `n` units that hold anything at the end and returns the first of them. Room grows by
-    /// half at a time, so many small additions cost little each.
+    /// Adds `n` units that hold anything at the end and returns the first of them. Room doubles
+    /// or grows by half at a time, so many small additions cost little each.
+    /// Requires: `n` is not negative.
     char16_t* extend(int n)
     {
         if (isLong()) {
             TLongStringHeader* const block = header();
-            int const oldLength = longLength();
-            if (n <= block->capacity - oldLength && !block->isShared()) {
-                return setLongLength(block, oldLength + n) + oldLength;
+            std::uint32_t const oldLength = longLength();
+            if (static_cast<std::uint32_t>(n) <= block->room(oldLength) && !block->isShared()) {
+                return setLongLength(block, oldLength + static_cast<std::uint32_t>(n)) + oldLength;
             }
         } else {
             int const oldLength = m_units[kFormUnit];
@@ -167,10 +177,9 @@ public:
     {
         if (isLong()) {
             TLongStringHeader* const block = header();
-            // Without a sign, the length of the call before is at hand as soon as it is stored.
-            auto const oldLength = static_cast<std::uint32_t>(longLength());
-            if (oldLength < static_cast<std::uint32_t>(block->capacity) && !block->isShared()) {
-                storeLongLength(block, static_cast<std::int32_t>(oldLength + 1));
+            std::uint32_t const oldLength = longLength();
+            if (block->room(oldLength) != 0 && !block->isShared()) {
+                storeLongLength(block, oldLength + 1);
                 putLast(block->text() + oldLength, c);
                 return;
             }
@@ -271,21 +280,23 @@ private:
     }
 
     /// The length in the header, which the long form repeats behind the pointer: asking for it then
-    /// costs no look into the block.
-    int longLength() const noexcept
+    /// costs no look into the block. Without a sign, because processors forward a number that was
+    /// just stored at once when nothing has to be done to it: what appends in a loop waits for
+    /// that.
+    std::uint32_t longLength() const noexcept
     {
-        std::int32_t n;
+        std::uint32_t n;
         std::memcpy(&n, m_units + kLongLengthUnit, sizeof(n));
         return n;
     }
 
-    void storeLongLength(TLongStringHeader* block, std::int32_t n) noexcept
+    void storeLongLength(TLongStringHeader* block, std::uint32_t n) noexcept
     {
         std::memcpy(m_units + kLongLengthUnit, &n, sizeof(n));
-        block->length = n;
+        block->length = static_cast<std::int32_t>(n);
     }
 
-    char16_t* setLongLength(TLongStringHeader* block, std::int32_t n) noexcept
+    char16_t* setLongLength(TLongStringHeader* block, std::uint32_t n) noexcept
     {
         storeLongLength(block, n);
         char16_t* const units = block->text();
