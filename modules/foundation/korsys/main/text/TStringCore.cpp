@@ -118,8 +118,10 @@ TStringCore Interleaved(TStringCore const& units, TStringCore const& text)
 void TStringCore::construct(char16_t const* text, int len)
 {
     int const n = CheckedLength(text, len);
-    if (n != 0) {
-        copyUnits(resizeForOverwrite(n), text, n);
+    if (n <= kShortCapacity) {
+        assignShort(text, n);
+    } else {
+        std::memcpy(becomeLong(n), text, BytesOf(n));
     }
 }
 

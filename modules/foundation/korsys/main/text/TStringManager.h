@@ -237,6 +237,14 @@ protected:
         }
     }
 
+    /// Takes a new block for `n` units, more than 14, and returns them for writing.
+    /// Requires: an object in the short form.
+    char16_t* becomeLong(int n)
+    {
+        setHeader(TLongStringHeader::create(n));
+        return setLongLength(header(), static_cast<std::uint32_t>(n));
+    }
+
     /// The units of an object in the short form, all sixteen for scratch before `setShortLength`.
     char16_t* shortUnits() noexcept { return m_units; }
 

@@ -110,7 +110,7 @@ KOR_AVX2 std::size_t CountPairsAvx2(char16_t const* from, std::size_t n)
 Kernels const kAvx2Kernels = {
     "AVX2",         CountUtf16Avx2,  DecodeUtf8Avx2, DecodeAsciiAvx2,   CountUtf8Avx2,
     EncodeUtf8Avx2, EncodeAsciiAvx2, CountPairsAvx2, Latin1ToUtf16Avx2, Utf16ToLatin1Avx2,
-    IsAsciiAvx2,    IsAsciiAvx2,     LengthSse2,
+    IsAsciiAvx2,    IsAsciiAvx2,
 };
 
 } // namespace TextConversion

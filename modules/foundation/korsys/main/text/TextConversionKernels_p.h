@@ -42,7 +42,6 @@ struct Kernels
     bool (*utf16ToLatin1)(char16_t const* from, std::size_t n, char* to);
     bool (*isAsciiBytes)(char const* text, std::size_t n);
     bool (*isAsciiUnits)(char16_t const* text, std::size_t n);
-    std::size_t (*length)(char16_t const* zeroTerminated);
 };
 
 /// The fastest version that this processor runs.

@@ -164,21 +164,12 @@ bool IsAsciiScalar(char16_t const* text, std::size_t n)
     return seen < 0x80;
 }
 
-std::size_t LengthScalar(char16_t const* zeroTerminated)
-{
-    char16_t const* end = zeroTerminated;
-    while (*end != 0) {
-        ++end;
-    }
-    return static_cast<std::size_t>(end - zeroTerminated);
-}
-
 } // namespace
 
 Kernels const kScalarKernels = {
     "scalar",         CountUtf16Scalar,  DecodeUtf8Scalar, DecodeAsciiScalar,   CountUtf8Scalar,
     EncodeUtf8Scalar, EncodeAsciiScalar, CountPairsScalar, Latin1ToUtf16Scalar, Utf16ToLatin1Scalar,
-    IsAsciiScalar,    IsAsciiScalar,     LengthScalar,
+    IsAsciiScalar,    IsAsciiScalar,
 };
 
 } // namespace TextConversion

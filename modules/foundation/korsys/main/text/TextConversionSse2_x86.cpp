@@ -1,5 +1,6 @@
 #include "korsys/main/text/TextConversionScalar_p.h"
 #include "korsys/main/text/TextConversionX86_p.h"
+#include "korsys/main/text/TextConversion_p.h"
 
 #include <cstdint>
 #include <cstring>
@@ -7,7 +8,7 @@
 #include <emmintrin.h>
 
 // ASCII goes in blocks, the rest one character at a time. Every block lies inside its text, except
-// in `LengthSse2`.
+// in `Length`.
 
 namespace TextConversion {
 namespace {
@@ -239,30 +240,39 @@ bool IsAsciiSse2(char16_t const* text, std::size_t n)
 
 } // namespace
 
-/// Reads whole aligned blocks, which never touch a page that the text does not, but may begin
-/// before the text and end behind it.
+/// Reads whole cache lines, which never touch a page that the text does not, but may begin before
+/// the text and end behind it. Wider registers are not faster.
 __attribute__((no_sanitize_address, no_sanitize_thread)) std::size_t
-LengthSse2(char16_t const* zeroTerminated)
+Length(char16_t const* zeroTerminated)
 {
+    constexpr std::size_t kLine = 4 * kBlock;
     auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
-    std::size_t const before = address % kBlock;
-    auto const* block = reinterpret_cast<__m128i const*>(address - before);
-    __m128i const zero = _mm_setzero_si128();
-    auto found = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(*block, zero)));
-    found = found >> before << before;
-    while (found == 0) {
-        ++block;
-        found = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(*block, zero)));
+    auto const* line = reinterpret_cast<__m128i const*>(address - address % kLine);
+    auto const zeros = [&line](int block) {
+        return _mm_cmpeq_epi16(line[block], _mm_setzero_si128());
+    };
+    auto const bits = [](__m128i low, __m128i high) { // a bit a unit
+        return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
+    };
+    auto const found = [&] { return bits(zeros(0), zeros(1)) | bits(zeros(2), zeros(3)) << 16; };
+
+    std::size_t const before = address % kLine / sizeof(char16_t);
+    unsigned const first = found() >> before;
+    if (first != 0) {
+        return static_cast<std::size_t>(__builtin_ctz(first));
     }
-    auto const at =
-        reinterpret_cast<std::uintptr_t>(block) + static_cast<unsigned>(__builtin_ctz(found));
-    return (at - address) / sizeof(char16_t);
+    do {
+        line += kLine / kBlock;
+    } while (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(zeros(0), zeros(1)),
+                                            _mm_or_si128(zeros(2), zeros(3)))) == 0);
+    std::size_t const lines = reinterpret_cast<std::uintptr_t>(line) - (address - address % kLine);
+    return lines / sizeof(char16_t) - before + static_cast<std::size_t>(__builtin_ctz(found()));
 }
 
 Kernels const kSse2Kernels = {
     "SSE2",         CountUtf16Sse2,  DecodeUtf8Sse2, DecodeAsciiSse2,   CountUtf8Sse2,
     EncodeUtf8Sse2, EncodeAsciiSse2, CountPairsSse2, Latin1ToUtf16Sse2, Utf16ToLatin1Sse2,
-    IsAsciiSse2,    IsAsciiSse2,     LengthSse2,
+    IsAsciiSse2,    IsAsciiSse2,
 };
 
 } // namespace TextConversion

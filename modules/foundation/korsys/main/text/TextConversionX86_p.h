@@ -12,7 +12,4 @@ extern Kernels const kSse2Kernels;
 /// Needs AVX2 and POPCNT.
 extern Kernels const kAvx2Kernels;
 
-/// See `Length`; no loop for newer processors is faster.
-std::size_t LengthSse2(char16_t const* zeroTerminated);
-
 } // namespace TextConversion

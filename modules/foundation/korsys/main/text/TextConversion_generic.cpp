@@ -1,4 +1,7 @@
 #include "korsys/main/text/TextConversionKernels_p.h"
+#include "korsys/main/text/TextConversion_p.h"
+
+#include <string>
 
 namespace TextConversion {
 
@@ -10,6 +13,11 @@ Kernels const& BestKernels()
 std::vector<Kernels const*> UsableKernels()
 {
     return {&kScalarKernels};
+}
+
+std::size_t Length(char16_t const* zeroTerminated)
+{
+    return std::char_traits<char16_t>::length(zeroTerminated);
 }
 
 } // namespace TextConversion
