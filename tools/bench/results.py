@@ -3,7 +3,7 @@
 Each round has its own ratio of ours to the peer's: both ran right after each other, so that the
 machine was equally fast for them. The ratio of a row is their median, and its noise the range of
 their middle half. A row is "at the mark" when the mark lies within that noise: this run cannot tell
-on which side. Between two runs a machine drifts more than within one, so a ratio has moved only when
+on which side. Where a row falls short and the limit does, too, the verdict tells by how much. Between two runs a machine drifts more than within one, so a ratio has moved only when
 the ranges of all rounds do not meet.
 """
 
@@ -27,8 +27,16 @@ def verdict(row):
     if row["mark"] is None or row["ratio"] is None or not row["better"]:
         return ""
     if low <= row["mark"] <= high:
-        return "at the mark"
-    return "reached" if (high < row["mark"]) == (row["better"] == "less") else "NOT reached"
+        said = "at the mark"
+    elif (high < row["mark"]) == (row["better"] == "less"):
+        return "reached"
+    else:
+        said = "NOT reached"
+    for limit in row["limit"].values():
+        ratio = statistics.median(ratios_of(row, limit) or [math.nan])
+        if ratio > row["mark"] if row["better"] == "less" else ratio < row["mark"]:
+            said += f", limit {ratio:.2f}"
+    return said
 
 
 def judge(program, raw):
@@ -43,19 +51,19 @@ def judge(program, raw):
     row["best"] = raw["against"] or best(
         everybody, key=lambda who: everybody[who]["median"], default=None)
     row["ratio"] = row["ratio_low"] = row["ratio_high"] = None
-    if (ratios := ratios_of(row)):
+    if (ratios := ratios_of(row, row["ours"])):
         row["ratio"] = statistics.median(ratios)
         row["ratio_low"], row["ratio_high"] = middle(ratios)
     row["verdict"] = verdict(row)
     return row
 
 
-def ratios_of(row):
-    """One a round; none without a peer or when a time is zero."""
+def ratios_of(row, figures):
+    """To the best peer, one a round; none without a peer or when a time is zero."""
     if row["best"] is None:
         return []
-    pairs = list(zip(row["ours"]["rounds"], row["peers"][row["best"]]["rounds"]))
-    return [ours / peer for ours, peer in pairs] if min(map(min, pairs)) > 0 else []
+    pairs = list(zip(figures["rounds"], row["peers"][row["best"]]["rounds"]))
+    return [time / peer for time, peer in pairs] if min(map(min, pairs)) > 0 else []
 
 
 def number(value):
@@ -118,7 +126,7 @@ def moved(old, new):
     for row in new:
         was = before.get((row["program"], row["row"]))
         if was and row["ratio"] is not None:
-            ratios, before_that = ratios_of(row), ratios_of(was)
+            ratios, before_that = ratios_of(row, row["ours"]), ratios_of(was, was["ours"])
             if min(ratios) > max(before_that) or max(ratios) < min(before_that):
                 pairs.append((was, row))
     return sorted(pairs, key=lambda pair: worsening(*pair), reverse=True)

@@ -5,10 +5,10 @@ import unittest
 import results
 
 
-def row(ours, peers, mark=1.0, better="less", against="", name="a row"):
+def row(ours, peers, mark=1.0, better="less", against="", name="a row", limit=None):
     return results.judge("bench_x", {
         "row": name, "unit": "ns", "better": better, "mark": mark, "against": against,
-        "contenders": {"ours": ours, **peers}, "limit": {}})
+        "contenders": {"ours": ours, **peers}, "limit": {"limit": limit} if limit else {}})
 
 
 class VerdictTest(unittest.TestCase):
@@ -30,6 +30,15 @@ class VerdictTest(unittest.TestCase):
         for ours, expected in [([95] * 5, "at the mark"), ([76, 85, 95, 105, 114], "reached")]:
             with self.subTest(ours=ours):
                 self.assertEqual(row(ours, peer)["verdict"], expected)
+
+    def test_a_limit_beyond_the_mark_is_told_when_the_mark_is_not_reached(self):
+        for ours, limit, better, expected in [
+                (120, 110, "less", "NOT reached, limit 1.10"), (120, 90, "less", "NOT reached"),
+                (95, 110, "less", "reached"), (80, 90, "more", "NOT reached, limit 0.90"),
+                (80, 110, "more", "NOT reached"), (120, 0, "less", "NOT reached")]:
+            with self.subTest(ours=ours, limit=limit, better=better):
+                made = row([ours] * 5, {"peer": [100] * 5}, better=better, limit=[limit] * 5)
+                self.assertEqual(made["verdict"], expected)
 
     def test_the_ratio_is_to_the_best_peer_or_to_the_one_named(self):
         peers = {"slow": [200] * 3, "fast": [50] * 3}

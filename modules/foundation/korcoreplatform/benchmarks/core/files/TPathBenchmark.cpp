@@ -7,12 +7,15 @@
 #include <boost/filesystem/path.hpp>
 
 #include <cstddef>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
 namespace {
 
 using PeerTable::Repeat;
+using PeerTable::RepeatAction;
 using PeerTable::Row;
 using BoostPath = boost::filesystem::path;
 using StdPath = std::filesystem::path;
@@ -32,12 +35,13 @@ Sample const kSamples[] = {
 
 /// The same question to all three; `ask` takes any of the paths.
 template <class Ask>
-void ToAll(std::string const& row, double mark, std::string const& bytes, Ask ask)
+Row ToAll(std::string const& name, double mark, std::string const& bytes, Ask ask)
 {
-    Row(row, mark)
-        .Ours(Repeat([path = TPath(TString(bytes.c_str())), ask] { return ask(path); }))
+    Row row(name, mark);
+    row.Ours(Repeat([path = TPath(TString(bytes.c_str())), ask] { return ask(path); }))
         .Peer("boost", Repeat([path = BoostPath(bytes), ask] { return ask(path); }))
         .Peer("std", Repeat([path = StdPath(bytes), ask] { return ask(path); }));
+    return row;
 }
 
 // Each name is spelled once for our paths and once for the others'.
@@ -89,13 +93,29 @@ int LengthOfElements(Path const& path)
     return length;
 }
 
+/// A text of more than 14 units needs a block to be copied into.
+void AddBlockLimit(Row& row, std::u16string const& text)
+{
+    if (text.size() > 14) {
+        row.Limit("block and copy", RepeatAction([text] {
+                      std::size_t const bytes = (text.size() + 1) * sizeof(char16_t);
+                      void* block = std::malloc(bytes);
+                      benchmark::DoNotOptimize(block);
+                      std::memcpy(block, text.c_str(), bytes);
+                      benchmark::ClobberMemory();
+                      std::free(block);
+                  }));
+    }
+}
+
 void Construction(Sample const& sample)
 {
     std::u16string const units(sample.bytes.begin(), sample.bytes.end());
     std::string const row = std::string("path from text, ") + sample.name;
-    Row(row, 1.2)
-        .Ours(Repeat([units] { return TPath(units.c_str()); }))
+    Row fromText(row, 1.2);
+    fromText.Ours(Repeat([units] { return TPath(units.c_str()); }))
         .Peer("boost", Repeat([bytes = sample.bytes] { return BoostPath(bytes.c_str()); }));
+    AddBlockLimit(fromText, units);
     BoostPath const boostPath(sample.bytes);
     TPath const path(units.c_str());
     Row(std::string("path copy, ") + sample.name, 1.2)
@@ -137,7 +157,9 @@ bool Paths()
     for (Sample const& sample : kSamples) {
         std::string const which = std::string(", ") + sample.name;
         Construction(sample);
-        ToAll("path filename" + which, 0.8, sample.bytes, [](auto& p) { return Filename(p); });
+        Row filename =
+            ToAll("path filename" + which, 0.8, sample.bytes, [](auto& p) { return Filename(p); });
+        AddBlockLimit(filename, StdPath(sample.bytes).filename().u16string());
         ToAll("path extension" + which, 0.6, sample.bytes, [](auto& p) { return Extension(p); });
         ToAll("path parent" + which, 1.0, sample.bytes, [](auto& p) { return Parent(p); });
         Elements(sample);

@@ -70,12 +70,17 @@ bool OfOneObject()
         .Peer("QSettings", Repeat([=] {
                   return peer->value(QStringLiteral("absent"), QStringLiteral("none")).toString();
               }));
+    // A setting keeps its key and its text as QString, so a setter has to make them: the limit is
+    // the peer with that.
     Row("set an int", kMark)
         .Ours(RepeatAction([=] { ours->SetIntValue(key, 641); }))
-        .Peer("QSettings", RepeatAction([=] { peer->setValue(qKey, 641); }));
+        .Peer("QSettings", RepeatAction([=] { peer->setValue(qKey, 641); }))
+        .Limit("QStrings made", RepeatAction([=] { peer->setValue(key.toQString(), 641); }));
     Row("set a text", kMark)
         .Ours(RepeatAction([=] { ours->SetStringValue(textKey, text); }))
-        .Peer("QSettings", RepeatAction([=] { peer->setValue(qTextKey, qText); }));
+        .Peer("QSettings", RepeatAction([=] { peer->setValue(qTextKey, qText); }))
+        .Limit("QStrings made",
+               RepeatAction([=] { peer->setValue(textKey.toQString(), text.toQString()); }));
     return true;
 }
 
