@@ -173,7 +173,10 @@ bool Compare()
             .Ours(Repeat([a, b] { return a.ours == b.ours; }))
             .Peer("QString", Repeat([a, b] { return a.qt == b.qt; }))
             .Peer("ICU", Repeat([a, b] { return a.icu == b.icu; }))
-            .Peer("std", Repeat([a, b] { return a.std == b.std; }));
+            .Peer("std", Repeat([a, b] { return a.std == b.std; }))
+            .Limit("memcmp", Repeat([a, b] {
+                       return std::memcmp(a.std.data(), b.std.data(), 2 * a.std.size()) == 0;
+                   }));
     }
     struct Script
     {

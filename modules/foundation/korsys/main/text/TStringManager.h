@@ -362,10 +362,10 @@ private:
     /// Becomes a copy of `other`; what the object held before is not released.
     void share(TStringManager const& other) noexcept
     {
-        std::memcpy(m_units, other.m_units, sizeof(m_units));
-        if (isLong()) {
-            header()->addReference();
+        if (other.isLong()) {
+            other.header()->addReference(); // before the copy, whose stores it would wait for
         }
+        std::memcpy(m_units, other.m_units, sizeof(m_units));
     }
 
     void detach();
