@@ -32,22 +32,15 @@ int main(int argc, char** argv)
     std::vector<std::string> forRows;
     try {
         for (std::string const& argument : std::vector<std::string>(argv + 1, argv + argc)) {
-            if (Reads(argument, "--json", json)) {
-                continue;
-            }
             if (Reads(argument, "--records", value)) {
                 settings.records = std::stoi(value);
-                continue;
-            }
-            if (Reads(argument, "--rounds", value)) {
+            } else if (Reads(argument, "--rounds", value)) {
                 settings.rounds = std::stoi(value);
-                continue;
-            }
-            if (Reads(argument, "--benchmark_filter", value)) {
+            } else if (Reads(argument, "--benchmark_filter", value)) {
                 settings.filter = value;
-                continue;
+            } else if (!Reads(argument, "--json", json)) {
+                forRows.push_back(argument);
             }
-            forRows.push_back(argument);
         }
         if (!PeerTable::TakeArguments(argv[0], forRows)) {
             return 2;

@@ -13,7 +13,7 @@ constexpr std::size_t kBlockGranularity = 16; // allocators round up to this muc
 // A text that grows out of its object is likely to grow on.
 constexpr int kFirstBlockUnits = 55; // 128 bytes
 
-constexpr int kLargeUnits = 2048; ///< From here on room grows by half, below it doubles.
+constexpr int kLargeUnits = 2048; ///< Room below doubles, from here on it grows by half.
 
 std::size_t BlockBytes(std::int64_t capacity)
 {

@@ -72,7 +72,7 @@ public:
             }
         }
         m_first = second;
-        CacheLines::Prefetch<false>(second, kPrefetchedLines);
+        CacheLines::PrefetchForReading(second, kPrefetchedLines);
         return first;
     }
 

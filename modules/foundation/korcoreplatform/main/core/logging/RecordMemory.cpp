@@ -283,7 +283,7 @@ Block* TakeBlock(Cache& cache, int size)
     }
     --cache.partCount;
     Block* const block = std::exchange(cache.part, cache.part->next);
-    CacheLines::Prefetch<true>(cache.part, kPrefetchedLines); // the next record is written here
+    CacheLines::PrefetchForWriting(cache.part, kPrefetchedLines); // the next record is written here
     return block;
 }
 
