@@ -22,8 +22,8 @@ constexpr double kNoMark = std::numeric_limits<double>::infinity();
 ///
 ///     Row("find a unit", 1.0).Ours(...).Peer("QString", ...).Peer("std", ...);
 ///
-/// A round runs all rows. The tasks of a row take turns in short runs, so that they meet the machine
-/// in the same state; what counts is processor time.
+/// A round runs all rows. The tasks of a row take turns in short runs, so that they meet the
+/// machine in the same state; what counts is processor time.
 class Row
 {
 public:
