@@ -4,15 +4,7 @@
 #include "korsys/main/error/StringException.h"
 #include "korsys/main/text/TFormatStringCore.h"
 
-#include <gtest/gtest.h>
-
 #include <QString>
-
-#include <algorithm>
-#include <climits>
-#include <memory>
-#include <random>
-#include <vector>
 
 namespace {
 

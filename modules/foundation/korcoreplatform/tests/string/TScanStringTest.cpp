@@ -2,12 +2,7 @@
 
 #include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/LogicException.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
 #include <type_traits>
 
 namespace {
@@ -142,10 +137,7 @@ TEST(TScanStringTest, AScannerWithoutTextReadsAsEmpty)
     EXPECT_THROW(scan.skipInt(), Scan::Exception);
     EXPECT_THROW(scan.skipFloat(), Scan::Exception);
     EXPECT_THROW(scan.skipBool(), Scan::Exception);
-    EXPECT_KOR_ERROR_TEXT(
-        scan.reset(), LogicException, "LogicException_LogicAssert_0x858A74C8",
-        u"Internal error in file \"modules/foundation/korcoreplatform/main/string/"
-        u"TScanString\" at line 225: text");
+    EXPECT_KOR_ASSERT(scan.reset(), "0x858A74C8", "string/TScanString", 225, "text");
     scan.SetText(u"next");
     EXPECT_EQ(RestOf(scan), u"next");
     scan.skipString(2).SetText(u"again"); // from its start

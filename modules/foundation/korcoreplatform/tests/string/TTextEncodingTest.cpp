@@ -3,14 +3,6 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korsys/main/error/StringException.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
-
 using namespace std::string_literals;
 
 namespace {

@@ -1,17 +1,36 @@
-/// What the tests of every module share: the check of an error's class and id, readable texts.
+/// What the tests of every module share: the check of an error's class and id, readable texts, and
+/// the headers that most of them need.
 
 #pragma once
 
+#include "korsys/main/error/KorErrorsError.h"
 #include "korsys/main/error/KorvelException.h"
+#include "korsys/main/error/LogicException.h"
 #include "korsys/main/text/TStringCore.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <ostream>
+#include <random>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <typeinfo>
+#include <utility>
+#include <vector>
 
 /// Lets GoogleTest show a text as text.
 inline void PrintTo(TStringCore const& text, std::ostream* out)
@@ -97,6 +116,20 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
     return failure() << "did not throw";
 }
 
+/// The message of a failed assertion at a place below the module's main folder.
+inline TStringCore AssertText(std::string const& place, int line, std::string const& text)
+{
+    return TStringCore::fromStdString(
+        "Internal error in file \"modules/foundation/korcoreplatform/main/" + place +
+        "\" at line " + std::to_string(line) + ": " + text);
+}
+
+/// What an error is about does not matter.
+inline TError::ErrorInfo SomeError()
+{
+    return {KorErrorsError::AutoGen_0x1A36D05F(), TError::ErrorSource::Internal, grpc::UNKNOWN};
+}
+
 } // namespace KorTest
 
 /// Expects `statement` to throw an exception of exactly `Class` with the error `id`
@@ -108,3 +141,8 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
 /// The same with the exact first message, a `TStringCore`.
 #define EXPECT_KOR_ERROR_TEXT(statement, Class, id, message)                                       \
     EXPECT_TRUE(KorTest::ThrowsError([&] { statement; }, typeid(Class), id, message))
+
+/// Expects `statement` to fail the assertion `number` ("0xA1EE3CF3") with the line and text given.
+#define EXPECT_KOR_ASSERT(statement, number, place, line, text)                                    \
+    EXPECT_KOR_ERROR_TEXT(statement, LogicException, "LogicException_LogicAssert_" number,         \
+                          KorTest::AssertText(place, line, text))

@@ -5,7 +5,6 @@
 #include "korsys/tests/support/Threads.h"
 
 #include <unicode/uchar.h>
-#include <unicode/ustring.h>
 #include <unicode/utf16.h>
 
 #include <gtest/gtest.h>
@@ -13,8 +12,6 @@
 #include <array>
 #include <atomic>
 #include <map>
-#include <random>
-#include <string>
 
 namespace {
 

@@ -3,20 +3,11 @@
 #include "korsys/main/error/StringException.h"
 #include "korsys/tests/support/KorTest.h"
 
-#include <gtest/gtest.h>
-
 #include <charconv>
-#include <climits>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <limits>
-#include <optional>
-#include <random>
-#include <string>
 #include <tuple>
-#include <utility>
-#include <vector>
 
 namespace {
 

@@ -5,14 +5,6 @@
 #include "korsys/tests/support/KorTest.h"
 #include "korsys/tests/support/Threads.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <sstream>
-#include <utility>
-#include <vector>
-
 namespace {
 
 constexpr char kIndex[] = "StringException_AutoGen_0x9798B690";

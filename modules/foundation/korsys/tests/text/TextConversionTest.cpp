@@ -7,10 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
-#include <random>
-#include <string>
 #include <tuple>
-#include <vector>
 
 using namespace std::string_literals;
 using TextConversion::Kernels;

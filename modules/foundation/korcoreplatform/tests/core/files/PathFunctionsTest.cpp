@@ -8,19 +8,6 @@
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <iterator>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -6,14 +6,6 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <fcntl.h>
 #include <sys/resource.h>
 

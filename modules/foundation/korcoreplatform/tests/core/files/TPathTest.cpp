@@ -2,18 +2,9 @@
 
 #include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/KorErrorsError.h"
 #include "korsys/main/system/TPathCore.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
 #include <filesystem>
-#include <functional>
-#include <memory>
-#include <random>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -350,11 +341,9 @@ TEST(TPathTest, RandomPathsAgreeWithTheirGenericForm)
 
 TEST(TPathTest, ExceptionsKeepTheirClassAndTakeTheCallStack)
 {
-    TError::ErrorInfo const info(KorErrorsError::AutoGen_0xE27C2B2D(),
-                                 TError::ErrorSource::Internal, grpc::UNKNOWN);
-    TPath::Exception const plain(u"text", info, false);
+    TPath::Exception const plain(u"text", KorTest::SomeError(), false);
     EXPECT_EQ(plain.GetMessages().size(), 1u);
-    TPath::Exception const withStack(u"text", info, true);
+    TPath::Exception const withStack(u"text", KorTest::SomeError(), true);
     EXPECT_GT(withStack.GetMessages().size(), 1u);
     EXPECT_EQ(withStack.GetMessagesFront(), TStringCore(u"text"));
     std::unique_ptr<KorvelException> const copy(static_cast<KorvelException const&>(plain).Clone());

@@ -9,9 +9,6 @@
 #include "korcoreplatform/tests/support/LogRecords.h"
 #include "korsys/main/thread/TEvent.h"
 
-#include <atomic>
-#include <thread>
-
 #include <unistd.h>
 
 namespace {

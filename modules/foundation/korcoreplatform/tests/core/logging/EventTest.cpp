@@ -7,19 +7,16 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TimeZoneGuard.h"
-#include "korsys/main/error/KorErrorsError.h"
-#include "korsys/main/error/TError.h"
 #include "korsys/main/system/TStackWalker.h"
 #include "korsys/main/system/TSystemCore.h"
 
 #include <boost/any.hpp>
 
 #include <future>
-#include <stdexcept>
-#include <thread>
 
 namespace {
 
+using KorTest::SomeError;
 using TLog::ActivityInfo;
 using TLog::ActivityInfoFactory;
 using TLog::Event;
@@ -44,12 +41,6 @@ Texts Attributes(TString const& sess, TString const& req, TString const& traceid
 TString TextOf(std::shared_ptr<TLog::Value> const& value)
 {
     return value == nullptr ? TString(u"none") : TLog::Formatter()(*value);
-}
-
-TError::ErrorInfo SomeError()
-{
-    return TError::ErrorInfo(KorErrorsError::AutoGen_0x318CE3BA(), TError::ErrorSource::Service,
-                             grpc::NOT_FOUND);
 }
 
 /// Takes the host's functions away again, and holds the thread's logging context.

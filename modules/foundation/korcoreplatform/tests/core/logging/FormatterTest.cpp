@@ -11,8 +11,6 @@
 #include <nlohmann/json.hpp>
 
 #include <limits>
-#include <random>
-#include <stdexcept>
 
 namespace {
 

@@ -4,8 +4,6 @@
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
-#include <optional>
-
 namespace {
 
 using LogDetail::Network;

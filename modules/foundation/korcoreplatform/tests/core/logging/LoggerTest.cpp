@@ -5,10 +5,6 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 
-#include <atomic>
-#include <functional>
-#include <thread>
-
 namespace {
 
 using LogDetail::Caching;

@@ -4,10 +4,6 @@
 #include "korcoreplatform/main/core/runtime/TUUID.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
-#include <atomic>
-#include <climits>
-#include <thread>
-
 namespace {
 
 // Readers find each id with its text while another thread changes them; under the lowest lock of

@@ -4,8 +4,6 @@
 #include "korcoreplatform/main/core/logging/Value.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
-#include <thread>
-
 namespace {
 
 using TLog::Event;

@@ -12,8 +12,6 @@
 
 #include <csignal>
 #include <new>
-#include <optional>
-#include <thread>
 
 namespace {
 

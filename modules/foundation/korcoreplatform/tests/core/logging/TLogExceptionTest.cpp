@@ -3,12 +3,7 @@
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
-#include "korsys/main/error/KorErrorsError.h"
-#include "korsys/main/error/LogicException.h"
 #include "korsys/main/error/StringException.h"
-#include "korsys/main/error/TError.h"
-
-#include <stdexcept>
 
 namespace {
 

@@ -5,10 +5,6 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 
 #include <boost/any.hpp>
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <thread>
 
 namespace {
 

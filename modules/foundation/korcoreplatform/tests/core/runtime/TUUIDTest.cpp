@@ -3,14 +3,8 @@
 #include "korcoreplatform/main/string/TString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
-#include <gtest/gtest.h>
-
 #include <QByteArray>
 #include <QString>
-
-#include <random>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -3,24 +3,13 @@
 #include "korcoreplatform/tests/support/ChildProcess.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
 #include <thread>
 #include <vector>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -33,11 +22,6 @@ constexpr int kEnoughMs = 700; ///< For a script to reach its wait, and to end.
 TProcessLaunch Shell(TString const& script)
 {
     return TProcessLaunch(u"/bin/sh", {u"-c", script});
-}
-
-bool IsChildless()
-{
-    return ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
 }
 
 /// Nothing is left behind by any test.

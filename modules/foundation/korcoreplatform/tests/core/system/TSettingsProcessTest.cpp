@@ -6,10 +6,8 @@
 
 #include <QColor>
 
-#include <csignal>
 #include <iostream>
 #include <limits>
-#include <stdexcept>
 
 #include <sys/resource.h>
 
