@@ -1,7 +1,7 @@
 /// Runs a fuzzer where the compiler brings no fuzzing engine: on the files given, then on
-/// pseudo-random mutations of them for as long as asked.
+/// pseudo-random mutations of them for as long, or as often, as asked.
 ///
-///     TStringFuzz [-max_total_time=SECONDS] [-artifact_prefix=PREFIX] [FILE|FOLDER]...
+///     TPathFuzz [-max_total_time=SECONDS] [-runs=COUNT] [-artifact_prefix=PREFIX] [FILE|FOLDER]...
 ///
 /// The options are named as the engine of clang names them; its others are ignored. A run with the
 /// same files goes through the same inputs. An input that ends the process stands in `crash-input`
@@ -91,11 +91,14 @@ void runOne(std::string const& input)
 int main(int argc, char** argv)
 {
     double seconds = 0;
+    std::size_t wantedRuns = 0;
     for (int i = 1; i < argc; ++i) {
         std::string const argument = argv[i];
         std::string const value = argument.substr(argument.find('=') + 1);
         if (argument.rfind("-max_total_time=", 0) == 0) {
             seconds = std::stod(value);
+        } else if (argument.rfind("-runs=", 0) == 0) {
+            wantedRuns = std::stoul(value);
         } else if (argument.rfind("-artifact_prefix=", 0) == 0) {
             s_artifact = value + s_artifact;
         } else if (std::filesystem::is_directory(argument)) {
@@ -119,7 +122,7 @@ int main(int argc, char** argv)
     s_inputs.emplace_back(); // what a run without files begins with
     using Clock = std::chrono::steady_clock;
     auto const end = Clock::now() + std::chrono::duration<double>(seconds);
-    for (; Clock::now() < end; ++runs) {
+    for (; runs < wantedRuns || Clock::now() < end; ++runs) {
         runOne(nextInput());
     }
     std::printf("%zu inputs, no failure\n", runs);
