@@ -24,6 +24,7 @@
 #include <optional>
 #include <ostream>
 #include <random>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -59,22 +60,10 @@ inline bool FitsList(std::string const& message, std::string const& id)
     if (listed.front() == '(') {
         return true;
     }
+    std::string pattern = std::regex_replace(listed, std::regex(R"([.|()\[\]{}*+?\\^$])"), "\\$&");
+    pattern = std::regex_replace(pattern, std::regex("%[0-9]"), R"([\s\S]*)");
     bool const isAssert = id.find("_LogicAssert_") != std::string::npos;
-    std::size_t at = isAssert ? message.rfind(": ") + 2 : 0;
-    std::size_t begin = 0;
-    for (std::size_t marker = 0; marker != std::string::npos; begin = marker + 2) {
-        marker = listed.find('%', begin);
-        std::string const piece = listed.substr(begin, marker - begin);
-        std::size_t const found = message.find(piece, at);
-        if (found == std::string::npos || (begin == 0 && found != at)) {
-            return false;
-        }
-        at = found + piece.size();
-        if (marker == std::string::npos) {
-            return piece.empty() || at == message.size();
-        }
-    }
-    return false;
+    return std::regex_match(message, std::regex((isAssert ? R"([\s\S]*: )" : "") + pattern));
 }
 
 /// What is wrong with the error that `run` throws, nothing if it is of exactly the class `type`,

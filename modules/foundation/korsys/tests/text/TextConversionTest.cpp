@@ -1,6 +1,5 @@
 #include "korsys/main/text/TextConversion_p.h"
 
-#include "korsys/main/text/TextConversionKernels_p.h"
 #include "korsys/tests/support/TextConversionChecks.h"
 #include "korsys/tests/support/TextPeers.h"
 

@@ -1,9 +1,7 @@
 #include "korcoreplatform/main/core/files/PathFunctions.h"
 
-#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/runtime/OptLogStackOnFileError.h"
 #include "korcoreplatform/main/string/TFormatString.h"
-#include "korcoreplatform/main/string/TString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"

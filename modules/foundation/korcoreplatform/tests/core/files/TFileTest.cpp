@@ -1,6 +1,5 @@
 #include "korcoreplatform/main/core/files/TFile.h"
 
-#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/runtime/OptLogStackOnFileError.h"
 #include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"

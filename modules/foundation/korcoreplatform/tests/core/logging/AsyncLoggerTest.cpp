@@ -13,12 +13,7 @@
 
 namespace {
 
-using TLog::AccessLevel;
-using TLog::AsyncLogger;
-using TLog::Event;
-using TLog::Filter;
-using TLog::MemoryChannel;
-using TLog::Severity;
+using namespace TLog;
 
 constexpr int kLongMs = 20000; ///< For waits that end early unless something is broken.
 
@@ -99,8 +94,7 @@ TEST(AsyncLoggerTest, FiltersAreAskedUntilOneDecides)
 {
     struct
     {
-        int first;
-        int second;
+        int first, second;
         char const* kept;
         int askedSecond;
     } const cases[] = {

@@ -15,13 +15,7 @@
 namespace {
 
 using nlohmann::json;
-using TLog::AccessLevel;
-using TLog::Array;
-using TLog::Event;
-using TLog::Formatter;
-using TLog::Literal;
-using TLog::Object;
-using TLog::Severity;
+using namespace TLog;
 
 std::shared_ptr<TLog::Value> const kNone;
 constexpr long long kMarch2 = 1709370303004999; // 2024-03-02T09:05:03.004999 UTC

@@ -15,9 +15,7 @@ namespace {
 using KorTest::SomeError;
 using LogMessageDetail::Pairs;
 using TError::ErrorInfo;
-using TLog::AnySeverity;
-using TLog::NonErrorSeverity;
-using TLog::Severity;
+using namespace TLog;
 
 /// Each record: its category, severity, key, value, and whether there is an error.
 std::string Described(LogRecording const& log)

@@ -17,11 +17,7 @@
 namespace {
 
 using nlohmann::ordered_json;
-using TLog::ActivityInfo;
-using TLog::Event;
-using TLog::Literal;
-using TLog::Object;
-using TLog::Severity;
+using namespace TLog;
 using Names = std::vector<std::string>;
 
 TLog::EventTime const kTime{std::chrono::microseconds(1709370303004000)};

@@ -3,12 +3,11 @@
 #include "korcoreplatform/main/core/logging/StandardErrorChannel.h"
 #include "korcoreplatform/main/core/logging/Value.h"
 #include "korcoreplatform/tests/support/KorTest.h"
+#include "korsys/tests/support/Threads.h"
 
 namespace {
 
-using TLog::Event;
-using TLog::Object;
-using TLog::Severity;
+using namespace TLog;
 
 std::shared_ptr<TLog::Value> Text(char16_t const* units)
 {
@@ -51,15 +50,14 @@ TEST(OtherChannelsTest, MemoryKeepsTheLatest)
     }
     EXPECT_EQ(channel.GetRecords().at(0).event.GetKey(), u"2");
     EXPECT_TRUE(channel.GetLines().at(1).endsWith(uR"("k":"3"})"));
-    std::thread writer([&] {
-        for (int i = 0; i < 1000; ++i) {
+    OnThreads(2, [&](unsigned thread) {
+        for (int i = 0; thread == 0 && i < 1000; ++i) {
             channel.Append(Severity::Info, Event(u"key", nullptr));
         }
+        while (channel.GetCounters().lostRecords < 1001) {
+            EXPECT_EQ(channel.GetRecords().size(), 2u);
+        }
     });
-    while (channel.GetCounters().lostRecords < 1001) {
-        EXPECT_EQ(channel.GetRecords().size(), 2u);
-    }
-    writer.join();
 }
 
 } // namespace

@@ -7,10 +7,7 @@
 
 namespace {
 
-using TLog::Literal;
-using TLog::LogCurrentException;
-using TLog::LogException;
-using TLog::Object;
+using namespace TLog;
 
 TLog::NonErrorSeverity const kWarn(TLog::Severity::Warn);
 TLog::AnySeverity const kError(TLog::Severity::Error);

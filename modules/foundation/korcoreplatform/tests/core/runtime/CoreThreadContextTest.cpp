@@ -1,5 +1,6 @@
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
 
+#include "korcoreplatform/tests/support/DefaultHooks.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
 #include <boost/any.hpp>
@@ -35,18 +36,9 @@ protected:
         CoreThreadContext::SetGetSessionObjectsInterfaceFunction([] { return t_session; });
         t_session = std::make_shared<TestSession>();
     }
-    ~CoreThreadContextTest() override
-    {
-        RestoreDefaults();
-        t_session = nullptr;
-    }
+    ~CoreThreadContextTest() override { t_session = nullptr; }
 
-    static void RestoreDefaults()
-    {
-        CoreThreadContext::SetHasSessionIdFunction({});
-        CoreThreadContext::SetGetSessionIdFunction({});
-        CoreThreadContext::SetGetSessionObjectsInterfaceFunction({});
-    }
+    DefaultHooks const m_hooks;
 };
 
 void ExpectNoSession()
@@ -82,7 +74,7 @@ TEST_F(CoreThreadContextTest, ObjectsOfTheTwoKindsGoToTheSessionOfTheThread)
 
 TEST_F(CoreThreadContextTest, EmptyHooksAreTheDefaultsAgain)
 {
-    RestoreDefaults();
+    DefaultHooks::Restore();
     ExpectNoSession();
     EXPECT_TRUE(CoreThreadContext::GetSessionId().IsNull());
     EXPECT_EQ(CoreThreadContext::GetSessionObjectsInterface(), nullptr);

@@ -3,6 +3,7 @@
 #include "korcoreplatform/main/core/runtime/SessionObjects.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korsys/main/text/THash.h"
+#include "korsys/tests/support/Threads.h"
 
 #include <boost/any.hpp>
 #include <tbb/concurrent_hash_map.h>
@@ -163,21 +164,19 @@ TEST(SessionObjectStoreTest, ReadersOfADeletedSessionGetTheObjectOrTheError)
         objects->SetSynchronizedObject(u"k", Object(new boost::any(i), deleter));
         SessionObjectStore::SetSessionObjectsInterface(ids[i], std::move(objects));
     }
-    std::vector<std::thread> readers;
-    for (int i = 0; i < 3; ++i) {
-        readers.emplace_back(read);
-    }
-    while (reading < 3) {
-        std::this_thread::yield();
-    }
-    for (int i = 0; i < kRounds; ++i) {
-        round = i;
-        std::this_thread::yield();
-        SessionObjectStore::DeleteSession(ids[i]);
-    }
-    for (std::thread& reader : readers) {
-        reader.join();
-    }
+    OnThreads(4, [&](unsigned thread) {
+        if (thread != 0) {
+            return read();
+        }
+        while (reading < 3) {
+            std::this_thread::yield();
+        }
+        for (int i = 0; i < kRounds; ++i) {
+            round = i;
+            std::this_thread::yield();
+            SessionObjectStore::DeleteSession(ids[i]);
+        }
+    });
     EXPECT_EQ(odd, 0);
     EXPECT_EQ(destroyed, kRounds);
 }
@@ -189,20 +188,14 @@ TEST(SessionObjectStoreTest, AnyNumberOfThreadsReadsWhatOthersWrite)
     SessionObjects objects;
     objects.SetSynchronizedObject(u"k", Number(0));
     std::atomic<int> reading{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&] {
-            EXPECT_NE(objects.GetSynchronizedObject(u"k"), nullptr);
-            for (++reading; reading < kThreads;) {
-                std::this_thread::yield();
-            }
-            objects.SetSynchronizedObject(u"k", Number(1));
-            EXPECT_EQ(boost::any_cast<int>(*objects.GetSynchronizedObject(u"k")), 1);
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    OnThreads(kThreads, [&](unsigned) {
+        EXPECT_NE(objects.GetSynchronizedObject(u"k"), nullptr);
+        for (++reading; reading < kThreads;) {
+            std::this_thread::yield();
+        }
+        objects.SetSynchronizedObject(u"k", Number(1));
+        EXPECT_EQ(boost::any_cast<int>(*objects.GetSynchronizedObject(u"k")), 1);
+    });
 }
 
 TEST(SessionObjectStoreTest, ClearingDeletesEverySession)

@@ -2,9 +2,9 @@
 
 #include "korcoreplatform/tests/support/ChildProcess.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
+#include "korsys/tests/support/Threads.h"
 
 #include <atomic>
-#include <thread>
 #include <vector>
 
 #include <poll.h>
@@ -47,10 +47,8 @@ TEST_F(TProcessLaunchTest, TellsHowTheProgramEndedAndWhatItWrote)
         int line;
         char16_t const* script;
         End end;
-        int exitCode;
-        int signal;
-        std::string output;
-        std::string errorOutput;
+        int exitCode, signal;
+        std::string output, errorOutput;
     };
     std::string const large(300000, 'x'); // far more than a pipe holds
     Case const cases[] = {
@@ -242,8 +240,7 @@ TEST_F(TProcessLaunchTest, TheDeadlineEndsTheWholeGroup)
     {
         int line;
         char16_t const* script;
-        int exitCode;
-        int signal;
+        int exitCode, signal;
         char const* output;
         bool isOwnGroup = true;
     };
@@ -297,24 +294,18 @@ std::string ListOtherwise()
 TEST_F(TProcessLaunchTest, DescriptorsStayOutOfTheChildrenOfOtherThreads)
 {
     std::atomic<bool> isOver = false;
-    std::thread opener([&isOver, usual = ListOtherwise()] {
-        while (!isOver) {
+    OnThreads(3, [&isOver, usual = ListOtherwise()](unsigned thread) {
+        for (int i = 0; thread != 0 && i != 50; ++i) {
+            EXPECT_EQ(TProcessLaunch(u"ls", {u"/dev/fd"}).Run().output, "0\n1\n2\n3\n");
+        }
+        while (thread == 0 && !isOver) {
             EXPECT_EQ(ListOtherwise(), usual);
             for (int i = 0; i != 1000; ++i) {
                 ::close(::open("/dev/null", O_RDONLY)); // inherited where nobody takes care
             }
         }
+        isOver = true;
     });
-    auto const launchOften = [] {
-        for (int i = 0; i != 50; ++i) {
-            EXPECT_EQ(TProcessLaunch(u"ls", {u"/dev/fd"}).Run().output, "0\n1\n2\n3\n");
-        }
-    };
-    std::thread other(launchOften);
-    launchOften();
-    other.join();
-    isOver = true;
-    opener.join();
 }
 
 // Each case is a role of this program, launched with signals blocked and ignored: 0 is what is

@@ -1,24 +1,18 @@
 #include "korcoreplatform/main/core/system/TProcess.h"
 
-#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/system/TEnvironment.h"
 #include "korcoreplatform/main/core/system/TProcessLaunch.h"
 #include "korcoreplatform/main/core/system/TSystem.h"
 #include "korcoreplatform/tests/support/ChildProcess.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
+#include "korsys/tests/support/Threads.h"
 
 #include <QProcess>
 #include <QStringList>
 
-#include <cerrno>
-#include <csignal>
-
-#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/time.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -271,19 +265,19 @@ TEST(TProcessTest, DescriptorsAreMarkedEvenWhenNoneIsLeft)
 TEST(TProcessTest, VariablesChangeWhileProcessesAreStarted)
 {
     std::atomic<bool> isOver{false};
-    std::thread changing([&isOver] {
-        for (int i = 0; !isOver; ++i) {
+    OnThreads(2, [&isOver](unsigned thread) {
+        for (int i = 0; thread == 0 && !isOver; ++i) {
             TSystem::SetEnvironmentBool(u"KOR_TEST_" + TString::number(i % 3000), true);
         }
+        for (int i = 0; thread != 0 && i != 50; ++i) {
+            int pid = 0;
+            EXPECT_TRUE(TProcess::Spawn(kShell, {u"-c", u":"}, &pid, nullptr) &&
+                        ExitCodeOf(pid) == 0);
+            EXPECT_FALSE(TEnvironment::myEnvironment().isEmpty());
+            EXPECT_TRUE(TProcessLaunch(TPath(u"true")).Run().Succeeded());
+        }
+        isOver = true;
     });
-    for (int i = 0; i != 50; ++i) {
-        int pid = 0;
-        EXPECT_TRUE(TProcess::Spawn(kShell, {u"-c", u":"}, &pid, nullptr) && ExitCodeOf(pid) == 0);
-        EXPECT_FALSE(TEnvironment::myEnvironment().isEmpty());
-        EXPECT_TRUE(TProcessLaunch(TPath(u"true")).Run().Succeeded());
-    }
-    isOver = true;
-    changing.join();
 }
 
 TEST(TProcessTest, ErrorsAreWrittenByName)

@@ -180,8 +180,7 @@ TEST_F(TSettingsTest, ObjectsStandInTheirFileAndGroup)
     {
         int line;
         S const& settings;
-        char const* file;
-        char const* group;
+        char const *file, *group;
     };
     Case const cases[] = {
         {__LINE__, S(S::Debug), kFile, "Debug"},
