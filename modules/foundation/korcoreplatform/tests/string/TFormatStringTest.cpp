@@ -1,9 +1,6 @@
 #include "korcoreplatform/main/string/TFormatString.h"
 
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/StringException.h"
-
-#include <QString>
 
 namespace {
 

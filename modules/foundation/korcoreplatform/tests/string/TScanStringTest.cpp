@@ -1,6 +1,5 @@
 #include "korcoreplatform/main/string/TScanString.h"
 
-#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
 #include <type_traits>

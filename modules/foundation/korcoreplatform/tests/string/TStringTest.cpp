@@ -1,12 +1,9 @@
 #include "korcoreplatform/main/string/TString.h"
 
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/StringException.h"
 
-#include <QByteArray>
 #include <QDebug>
 #include <QRegularExpression>
-#include <QString>
 
 #include <type_traits>
 #include <unordered_map>

@@ -1,7 +1,6 @@
 #include "korcoreplatform/main/string/TTextEncoding.h"
 
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/StringException.h"
 
 using namespace std::string_literals;
 
@@ -35,13 +34,6 @@ TEST(TTextEncodingTest, MarksAndDeclarationsTellTheEncoding)
         EncodingType encoding;
         int bomLength = 0;
     } const cases[] = {
-        // Marks, whole and cut short, and before a declaration that says something else.
-        {__LINE__, "\xEF\xBB\xBF" + Declaration("encoding='iso-8859-1'"), EncodingUtf8, 3},
-        {__LINE__, "\xEF\xBB", EncodingUtf8},
-        {__LINE__, "\xFF\xFE", EncodingUtf16LE, 2},
-        {__LINE__, "\xFF\xFE\0\0"s, EncodingUtf32LE, 4},
-        {__LINE__, "\xFF\xFE\0\x41\0\0"s, EncodingUtf16LE, 2},
-        {__LINE__, "\xFE\xFF\0<\0?\0x\0m\0l\0 "s, EncodingUtf8}, // big-endian marks are none
         // The start of a declaration in wide units, at its bounds and with one byte wrong.
         {__LINE__, Bytes(U"<?xml", 2), EncodingUtf8},
         {__LINE__, Bytes(U"<?xml", 2) + " ", EncodingUtf16LE},

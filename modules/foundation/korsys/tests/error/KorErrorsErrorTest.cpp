@@ -10,6 +10,7 @@ TEST(KorErrorsErrorTest, EveryIdStringSpellsItsNumberAndNoneComesTwice)
 {
     KorvelError const all[] = {
 #define KOR_ERROR_ID(category, kind, number, message) KorErrorsError::kind##_##number(),
+#include "korsys/main/error/KorErrorIds.h"
     };
     std::set<unsigned int> numbers;
     for (KorvelError const& error : all) {

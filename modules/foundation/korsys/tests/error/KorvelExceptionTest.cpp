@@ -1,6 +1,5 @@
 #include "korsys/main/error/KorvelException.h"
 
-#include "korsys/main/error/StringException.h"
 #include "korsys/main/error/ThrowError.h"
 #include "korsys/tests/support/KorTest.h"
 

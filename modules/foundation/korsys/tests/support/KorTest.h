@@ -6,6 +6,7 @@
 #include "korsys/main/error/KorErrorsError.h"
 #include "korsys/main/error/KorvelException.h"
 #include "korsys/main/error/LogicException.h"
+#include "korsys/main/error/StringException.h"
 #include "korsys/main/text/TStringCore.h"
 
 #include <gtest/gtest.h>

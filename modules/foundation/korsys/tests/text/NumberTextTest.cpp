@@ -1,6 +1,5 @@
 #include "korsys/main/text/NumberText_p.h"
 
-#include "korsys/main/error/StringException.h"
 #include "korsys/tests/support/KorTest.h"
 
 #include <charconv>

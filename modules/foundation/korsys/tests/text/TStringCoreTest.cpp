@@ -1,6 +1,5 @@
 #include "korsys/main/text/TStringCore.h"
 
-#include "korsys/main/error/StringException.h"
 #include "korsys/main/text/THash.h"
 #include "korsys/tests/support/KorTest.h"
 #include "korsys/tests/support/Threads.h"

@@ -1,7 +1,6 @@
 #include "korcoreplatform/main/core/files/TFile.h"
 
 #include "korcoreplatform/main/core/runtime/OptLogStackOnFileError.h"
-#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"

@@ -1,6 +1,5 @@
 #include "korcoreplatform/main/core/files/TPath.h"
 
-#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korsys/main/system/TPathCore.h"
 

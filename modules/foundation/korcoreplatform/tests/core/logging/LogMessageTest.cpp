@@ -1,14 +1,9 @@
 #include "korcoreplatform/main/core/logging/LogMessage.h"
 
 #include "korcoreplatform/main/core/logging/Formatter.h"
-#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/AllocationCounter.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
-
-#include <QString>
-
-#include <regex>
 
 namespace {
 

@@ -7,7 +7,6 @@
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
 #include <QMessageLogger>
-#include <QString>
 #include <QtGlobal>
 
 #include <csignal>

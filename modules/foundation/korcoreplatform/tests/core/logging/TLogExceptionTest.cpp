@@ -3,7 +3,6 @@
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
-#include "korsys/main/error/StringException.h"
 
 namespace {
 

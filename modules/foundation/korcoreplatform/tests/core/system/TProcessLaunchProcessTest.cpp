@@ -5,7 +5,6 @@
 #include "korsys/tests/support/Threads.h"
 
 #include <atomic>
-#include <vector>
 
 #include <poll.h>
 #include <sys/resource.h>
