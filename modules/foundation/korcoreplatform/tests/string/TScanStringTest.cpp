@@ -37,12 +37,7 @@ TString RestOf(Scan scan)
 TEST(TScanStringTest, ValuesEndWhereTheirFormEnds)
 {
     Action const line = Read(&Scan::readLine);
-    struct
-    {
-        int line;
-        Action action;
-        TString text, expected, rest;
-    } const cases[] = {
+    std::tuple<int, Action, TString, TString, TString> const cases[] = {
         {__LINE__, Read(&Scan::readBool), u"10", u"1", u"0"},
         {__LINE__, Read(&Scan::readBool), u"True,", u"1", u","},
         {__LINE__, Read(&Scan::readBool), u"YES", u"1", u""},
@@ -69,13 +64,13 @@ TEST(TScanStringTest, ValuesEndWhereTheirFormEnds)
         {__LINE__, Read(&Scan::readAnyNotOf, u""), u"key", u"key", u""},
         {__LINE__, Skip(&Scan::skip, u"ab"), u"abc", u"", u"c"},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.line);
-        Scan scan(c.text);
-        EXPECT_EQ(c.action(scan), c.expected);
-        EXPECT_EQ(RestOf(scan), c.rest);
+    for (auto const& [line, action, text, expected, rest] : cases) {
+        SCOPED_TRACE(line);
+        Scan scan(text);
+        EXPECT_EQ(action(scan), expected);
+        EXPECT_EQ(RestOf(scan), rest);
         scan.reset();
-        EXPECT_EQ(RestOf(scan), c.text);
+        EXPECT_EQ(RestOf(scan), text);
     }
 }
 

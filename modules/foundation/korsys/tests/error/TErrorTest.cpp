@@ -3,8 +3,6 @@
 #include "korsys/main/system/TStackWalker.h"
 #include "korsys/tests/support/KorTest.h"
 
-#include <tuple>
-
 namespace {
 
 TError::ErrorInfo MakeInfo(int source = 4, int code = 2)

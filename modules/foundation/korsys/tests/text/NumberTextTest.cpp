@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <tuple>
 
 namespace {
 
@@ -198,13 +197,7 @@ TEST(NumberTextTest, LeftLengthsMeasureTheLongestNumber)
 
 TEST(NumberTextTest, FloatFormats)
 {
-    struct
-    {
-        double value;
-        char format;
-        int precision;
-        char const *text, *trimmed;
-    } const cases[] = {
+    std::tuple<double, char, int, char const*, char const*> const cases[] = {
         // The forms, their capitals and what is none of them.
         {1234.5, 'E', 6, "1.234500E+03", "1.2345E+03"},
         {1.0 / 3, '?', 3, "0.333", "0.333"},
@@ -224,9 +217,9 @@ TEST(NumberTextTest, FloatFormats)
         {kInfinity, 'E', 6, "INF", "INF"},
         {-kNan, 'F', 6, "NAN", "NAN"},
     };
-    for (auto const& c : cases) {
-        EXPECT_EQ(Float(c.value, c.format, c.precision), c.text);
-        EXPECT_EQ(Float(c.value, c.format, c.precision, true), c.trimmed) << c.text;
+    for (auto const& [value, format, precision, text, trimmed] : cases) {
+        EXPECT_EQ(Float(value, format, precision), text);
+        EXPECT_EQ(Float(value, format, precision, true), trimmed) << text;
     }
 }
 

@@ -1,11 +1,7 @@
 #include "korsys/main/thread/TEvent.h"
 
+#include "korsys/tests/support/KorTest.h"
 #include "korsys/tests/support/Threads.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <memory>
 
 namespace {
 

@@ -207,12 +207,7 @@ TEST(TPathTest, PathsAreJoined)
 
 TEST(TPathTest, ElementsFollowOneAnotherBothWays)
 {
-    struct
-    {
-        int line;
-        char16_t const* text;
-        std::vector<TString> elements;
-    } const cases[] = {
+    std::tuple<int, char16_t const*, std::vector<TString>> const cases[] = {
         {__LINE__, u"", {}},
         {__LINE__, u"/", {u"/"}},
         {__LINE__, u"///", {u"//", u"/"}},
@@ -227,21 +222,21 @@ TEST(TPathTest, ElementsFollowOneAnotherBothWays)
         {__LINE__, u"//?/C:/x", {u"/", u"?", u"C:", u"x"}},
         {__LINE__, u"abcdefghijklmn/abcdefghijklmno", {u"abcdefghijklmn", u"abcdefghijklmno"}},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.line);
-        TPath const path = Verbatim(c.text);
-        EXPECT_EQ(std::vector<TString>(path.begin(), path.end()), c.elements);
-        EXPECT_EQ(path.toVector(), c.elements);
-        EXPECT_EQ(path.size(), static_cast<int>(c.elements.size()));
+    for (auto const& [line, text, elements] : cases) {
+        SCOPED_TRACE(line);
+        TPath const path = Verbatim(text);
+        EXPECT_EQ(std::vector<TString>(path.begin(), path.end()), elements);
+        EXPECT_EQ(path.toVector(), elements);
+        EXPECT_EQ(path.size(), static_cast<int>(elements.size()));
         TPath::iterator i = path.end();
-        for (auto element = c.elements.rbegin(); element != c.elements.rend(); ++element) {
+        for (auto element = elements.rbegin(); element != elements.rend(); ++element) {
             TPath::iterator const old = i--;
             EXPECT_EQ((Texts{*i, i.get(), *i.next()}), (Texts{*element, *element, *old}));
             EXPECT_EQ(i.next(), old);
         }
         EXPECT_EQ(i, path.begin());
-        EXPECT_EQ(path.front(), c.elements.empty() ? TString() : c.elements.front());
-        EXPECT_TRUE(c.elements.empty() || path.back() == c.elements.back());
+        EXPECT_EQ(path.front(), elements.empty() ? TString() : elements.front());
+        EXPECT_TRUE(elements.empty() || path.back() == elements.back());
     }
     EXPECT_EQ(TString(TPath::fromVector({u"/", u"a/", u"", u"b//", u"/c"})), TString(u"/a/b//c"));
     EXPECT_EQ(TString(TPath::fromVector({u"C:", u"a"})), TString(u"C:/a"));

@@ -198,20 +198,16 @@ TEST_F(EventTest, AnErrorHasItsCallstack)
 
 TEST_F(EventTest, TimesAreWrittenToTheMillisecond)
 {
-    struct
-    {
-        long long microseconds;
-        TString utc;
-        TString local; ///< Three and a half hours ahead.
-    } const cases[] = {
+    // The local time is three and a half hours ahead.
+    std::tuple<long long, TString, TString> const cases[] = {
         {1709370303004999, u"2024-03-02T09:05:03.004", u"2024-03-02T12:35:03.004"},
         {-1, u"1969-12-31T23:59:59.999", u"1970-01-01T03:29:59.999"},
         {-30641760000000000, u"999-01-01T00:00:00.000", u"999-01-01T03:30:00.000"},
     };
     TimeZoneGuard const zone("XYZ-3:30");
-    for (auto const& c : cases) {
-        EXPECT_EQ(EventTimestamp(At(c.microseconds)).GetFormattedUtcValue(), c.utc);
-        EXPECT_EQ(EventTimestamp(At(c.microseconds)).GetFormattedLocalValue(), c.local);
+    for (auto const& [microseconds, utc, local] : cases) {
+        EXPECT_EQ(EventTimestamp(At(microseconds)).GetFormattedUtcValue(), utc);
+        EXPECT_EQ(EventTimestamp(At(microseconds)).GetFormattedLocalValue(), local);
     }
 }
 

@@ -21,12 +21,7 @@ TEST(OtherChannelsTest, ATerminalsLineIsForPeople)
                                      {u"line", Text(u"1\n2")},
                                      {u"none", nullptr},
                                      {u"void", Text(u"")}});
-    struct
-    {
-        Severity severity;
-        Event event;
-        std::string end;
-    } const cases[] = {
+    std::tuple<Severity, Event, std::string> const cases[] = {
         {Severity::Info, Event(u"msg", Text(u"a \"b\" \u00e9")), "Info  a \"b\" \u00e9"},
         {Severity::Error, Event(u"msg", Text(u"\x1b[2J\nnext\u009b\u00a0")),
          "Error \\u001b[2J\\nnext\\u009b\u00a0"},
@@ -34,11 +29,11 @@ TEST(OtherChannelsTest, ATerminalsLineIsForPeople)
         {Severity::Warn, Event(u"cache", pairs),
          R"(Warn  cache inner={"k":"v"} line=1\n2 name="a\\ \"b" none=null void="")"},
     };
-    for (auto const& c : cases) {
+    for (auto const& [severity, event, end] : cases) {
         testing::internal::CaptureStderr();
-        TLog::StandardErrorChannel().Append(c.severity, c.event);
-        std::string const time = c.event.GetTimestamp().GetFormattedLocalValue().toStdString();
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), time + " " + c.end + "\n");
+        TLog::StandardErrorChannel().Append(severity, event);
+        std::string const time = event.GetTimestamp().GetFormattedLocalValue().toStdString();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), time + " " + end + "\n");
     }
 }
 

@@ -94,14 +94,7 @@ TEST_F(TProcessLaunchTest, TellsWhyNothingWasStarted)
     }
     TString const zero(u"a\0b", 3);
     TProcessLaunch const touch(u"/bin/touch", {m_folder / u"started"});
-    struct Case
-    {
-        int line;
-        TProcessLaunch launch;
-        Failure failure;
-        int error;
-    };
-    Case const cases[] = {
+    std::tuple<int, TProcessLaunch, Failure, int> const cases[] = {
         {__LINE__, TProcessLaunch(m_folder / u"none"), Failure::Program, ENOENT},
         {__LINE__, TProcessLaunch(u"no-such-program-anywhere"), Failure::Program, ENOENT},
         {__LINE__, TProcessLaunch(u""), Failure::Program, ENOENT},
@@ -130,12 +123,12 @@ TEST_F(TProcessLaunchTest, TellsWhyNothingWasStarted)
         {__LINE__, TProcessLaunch(touch).Variable(zero, u"1"), Failure::Request, EINVAL},
         {__LINE__, TProcessLaunch(touch).Variable(u"A", zero), Failure::Request, EINVAL},
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        Result const result = c.launch.Run();
+    for (auto const& [line, launch, failure, error] : cases) {
+        SCOPED_TRACE(line);
+        Result const result = launch.Run();
         EXPECT_EQ(result.end, End::NotStarted);
-        EXPECT_EQ(result.failure, c.failure);
-        EXPECT_EQ(result.error, c.error);
+        EXPECT_EQ(result.failure, failure);
+        EXPECT_EQ(result.error, error);
         EXPECT_EQ(result.pid, -1);
         EXPECT_TRUE(IsChildless());
         EXPECT_FALSE(std::filesystem::exists(m_folder.Native("started")));
@@ -181,13 +174,7 @@ TEST_F(TProcessLaunchTest, InputIsReadWhollyPartlyOrNotAtAll)
         large += std::to_string(i);
     }
     m_folder.Write("file", "from a file");
-    struct Case
-    {
-        int line;
-        TProcessLaunch launch;
-        std::string output;
-    };
-    Case const cases[] = {
+    std::tuple<int, TProcessLaunch, std::string> const cases[] = {
         {__LINE__, TProcessLaunch(u"cat"), ""},
         {__LINE__, TProcessLaunch(u"cat").InputBytes(""), ""},
         {__LINE__, TProcessLaunch(u"cat").InputText(u"\xE4"), "\xC3\xA4"},
@@ -198,11 +185,11 @@ TEST_F(TProcessLaunchTest, InputIsReadWhollyPartlyOrNotAtAll)
         {__LINE__, Shell(u"exec <&-; echo on; sleep 0.1; echo end").InputBytes(large), "on\nend\n"},
         {__LINE__, Shell(u"sleep 600 <&0 & head -c 3").InputBytes(large), "012"},
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        Result const result = c.launch.Run();
+    for (auto const& [line, launch, output] : cases) {
+        SCOPED_TRACE(line);
+        Result const result = launch.Run();
         EXPECT_TRUE(result.Succeeded());
-        EXPECT_TRUE(result.output == c.output) << result.output.size();
+        EXPECT_TRUE(result.output == output) << result.output.size();
         ::kill(-result.pid, SIGKILL);
     }
 }
