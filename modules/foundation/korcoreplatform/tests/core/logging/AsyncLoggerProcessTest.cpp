@@ -5,6 +5,8 @@
 #include "korcoreplatform/tests/support/LogRecords.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
+#include <regex>
+
 // Wishes to the sanitizers, which look for these: no exit waits for threads that do not end, and
 // what a dead logger holds is not lost by mistake.
 extern "C" __attribute__((visibility("default"))) char const* __tsan_default_options()

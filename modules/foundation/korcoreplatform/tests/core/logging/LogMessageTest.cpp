@@ -5,6 +5,8 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 
+#include <regex>
+
 namespace {
 
 using KorTest::SomeError;

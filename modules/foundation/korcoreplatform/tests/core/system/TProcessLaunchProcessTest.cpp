@@ -5,6 +5,7 @@
 #include "korsys/tests/support/Threads.h"
 
 #include <atomic>
+#include <tuple>
 
 #include <poll.h>
 #include <sys/resource.h>
