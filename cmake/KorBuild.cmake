@@ -181,9 +181,14 @@ function(kor_add_benchmark target)
 endfunction()
 
 # kor_add_fuzzers(<module>): one program from each *Fuzz.cpp of the module, around the engine that
-# comes with clang or, with another compiler, around a plain driver.
+# comes with clang or, with another compiler, around a plain driver. Each is also a test, which goes
+# through its seeds and the same variations of them every time.
 function(kor_add_fuzzers module)
     set(folder "${KOR_INCLUDE_ROOT}/${module}/fuzz")
+    set(runs 20000)
+    if(KOR_SANITIZE)
+        set(runs 4000)
+    endif()
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${folder}/*Fuzz.cpp")
     foreach(source IN LISTS sources)
         get_filename_component(target "${source}" NAME_WE)
@@ -196,6 +201,11 @@ function(kor_add_fuzzers module)
             target_sources(${target} PRIVATE "${folder}/support/StandaloneFuzzMain.cpp")
         endif()
         set_property(GLOBAL APPEND PROPERTY kor_fuzzers ${target})
+        if(KOR_BUILD_TESTS)
+            file(GLOB seeds CONFIGURE_DEPENDS "${folder}/seeds/${target}/*")
+            add_test(NAME ${target} COMMAND ${target} -runs=${runs} ${seeds})
+            set_tests_properties(${target} PROPERTIES LABELS ${module} TIMEOUT 300)
+        endif()
     endforeach()
 endfunction()
 

@@ -11,14 +11,24 @@
 
 namespace {
 
-void CheckForms(TUUID const& id)
+template <class Id>
+std::vector<bool> Relations(Id const& a, Id const& b)
 {
+    return {a == b, a != b, a > b, a >= b, a < b, a <= b};
+}
+
+void CheckForms(TUUID const& id, TUUID const& other)
+{
+    QUuid const& qUuid = id;
+    Require(Relations<TUUID>(id, other) == Relations<QUuid>(id, other));
+    Require(std::hash<TUUID>()(id) == qHash(qUuid, 0));
     TString const braced = id;
     TString compact = braced;
-    Require(braced == static_cast<QUuid const&>(id).toString().toUpper());
+    Require(braced == qUuid.toString().toUpper());
     Require(TUUID(braced) == id);
     Require(id.ToString(TUUIDFormatOption::Compact) == compact.removeAnyOf(u"{}-"));
-    Require(TUUID::FromBase36(id.ToString(TUUIDFormatOption::Base36)) == id);
+    TString const base36 = id.ToString(TUUIDFormatOption::Base36);
+    Require(TUUID::FromBase36(base36) == id && TUUID::FromBase36(base36.toUpper() + u"?") == id);
     Require(TUUID::FromRFC4122(id.ToRFC4122()) == id);
 }
 
@@ -48,17 +58,21 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 {
     std::string const bytes(data, data + size);
     Require(TUUID(bytes.c_str()) == TUUID(QUuid(QByteArray(bytes.c_str()))));
+    TUUID const any = size >= 16 ? TUUID::FromRFC4122(data, 16)
+                                 : TUUID(u"{00000001-0002-0003-0004-000500000006}");
     for (auto const& units : {Latin1(data, size), Units(data, size)}) {
         TString const text = TString::fromStdU16String(units);
         TUUID const id(text);
         Require(id == TUUID(QUuid(text.toQString())));
         QString const upToZero(reinterpret_cast<QChar const*>(text.constData()));
         Require(TUUID(text.constData()) == TUUID(QUuid(upToZero)));
-        CheckForms(id);
+        Require(id == TUUID(text.toQString()));
+        CheckForms(id, any);
         CheckBase36(text);
     }
     if (size >= 16) {
-        CheckForms(TUUID::FromRFC4122(data, 16));
+        Require(any == TUUID(QUuid::fromRfc4122(QByteArray(bytes.data(), 16))));
+        CheckForms(any, any);
     }
     return 0;
 }

@@ -1,19 +1,12 @@
+#include "korcoreplatform/main/core/files/TFile.h"
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/AsyncLogger.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
 #include "korcoreplatform/main/core/logging/Logger.h"
 #include "korcoreplatform/main/core/runtime/TUUID.h"
-#include "korcoreplatform/main/string/TFormatString.h"
-#include "korcoreplatform/main/string/TString.h"
 #include "korcoreplatform/tests/support/AllocationCounter.h"
+#include "korcoreplatform/tests/support/KorTest.h"
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <functional>
-#include <iterator>
-#include <memory>
-#include <string>
 #include <unordered_map>
 
 namespace {
@@ -55,18 +48,13 @@ std::vector<Operation> Operations()
     };
 }
 
-std::string PerformanceDocument()
-{
-    std::ifstream file(KOR_PROJECT_FOLDER "/docs/performance.md", std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST(AllocationTableTest, TheDocumentTellsWhatIsAllocated)
 {
     if (!AllocationCounter::IsAvailable()) {
         GTEST_SKIP() << "allocations cannot be counted in this build";
     }
-    std::string const document = PerformanceDocument();
+    std::string const document =
+        TFile::LoadUtf8File(u"" KOR_PROJECT_FOLDER "/docs/performance.md", false);
     TLog::Logger::Set(std::make_unique<TLog::AsyncLogger>(TLog::Severity::Info, TPath()));
     for (Operation const& operation : Operations()) {
         operation.run();

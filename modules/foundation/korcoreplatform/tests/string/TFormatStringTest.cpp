@@ -1,18 +1,6 @@
 #include "korcoreplatform/main/string/TFormatString.h"
 
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/StringException.h"
-#include "korsys/main/text/TFormatStringCore.h"
-
-#include <gtest/gtest.h>
-
-#include <QString>
-
-#include <algorithm>
-#include <climits>
-#include <memory>
-#include <random>
-#include <vector>
 
 namespace {
 
@@ -196,35 +184,6 @@ TEST(TFormatStringTest, EveryKindOfValueHasItsText)
                 TFormatString(u"%1").arg(u"inner"));
     TString const text = Convertible();
     ExpectTexts(text + u"||||||", Convertible(), u"", u"", u"", u"", u"", u"");
-}
-
-// Long enough for markers on both sides of every boundary that the reader of templates has.
-TEST(TFormatStringTest, BothWaysAndTheCoreAgreeOnRandomTemplates)
-{
-    std::mt19937 random(401); // fixed seed: a failure can be run again
-    char16_t const* const pieces[] = {
-        u"%1", u"%2", u"%3", u"%%", u"a", u"0", u"text of some length"};
-    char16_t const* const faults[] = {u"%", u"%4", u"%0", u"%123"};
-    int formatted = 0;
-    for (int i = 0; i < 20000; ++i) {
-        TString text;
-        for (unsigned count = random() % 25; count > 0; --count) {
-            text += random() % 100 == 0 ? faults[random() % std::size(faults)]
-                                        : pieces[random() % std::size(pieces)];
-        }
-        TString const value(u'v', static_cast<int>(random() % 20));
-        int const number = static_cast<int>(random());
-        TString const atOnce = Outcome([&] { return FormatAtOnce(text, value, number, "x"); });
-        ASSERT_EQ(atOnce,
-                  Outcome([&] { return TFormatString(text).args(value, number, "x").result(); }));
-        if (!atOnce.startsWith(u"0x")) {
-            TFormatStringCore core(text);
-            ASSERT_EQ(atOnce, TString(core.arg({value, TString::number(number), u"x"}).result()))
-                << text;
-            ++formatted;
-        }
-    }
-    EXPECT_GT(formatted, 5000);
 }
 
 TEST(TFormatStringTest, TemplatesEndWhereTheirTextOrArrayEnds)

@@ -2,17 +2,10 @@
 
 #include "korcoreplatform/main/string/TString.h"
 
-#include <gtest/gtest.h>
+#include "korcoreplatform/tests/support/KorTest.h"
 
-#include <QString>
 #include <QStringList>
 #include <QVector>
-
-#include <algorithm>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace {
 

@@ -1,19 +1,12 @@
 #include "korcoreplatform/main/string/TString.h"
 
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/StringException.h"
 
-#include <gtest/gtest.h>
-
-#include <QByteArray>
 #include <QDebug>
 #include <QRegularExpression>
-#include <QString>
 
-#include <sstream>
 #include <type_traits>
 #include <unordered_map>
-#include <vector>
 
 namespace {
 

@@ -18,55 +18,7 @@ namespace {
 thread_local int t_allocations = 0;
 thread_local long long t_bytes = 0;
 
-#if defined(KOR_OTHER_ALLOCATOR)
-constexpr bool kIsAvailable = false;
-#else
-constexpr bool kIsAvailable = true;
-#endif
-
 } // namespace
-
-#if !defined(KOR_OTHER_ALLOCATOR)
-
-namespace {
-
-void Count(std::size_t bytes) noexcept
-{
-    ++t_allocations;
-    t_bytes += static_cast<long long>(bytes);
-}
-
-} // namespace
-
-extern "C" {
-
-void* TrueMalloc(std::size_t size) __asm__("__libc_malloc");
-void* TrueCalloc(std::size_t count, std::size_t size) __asm__("__libc_calloc");
-void* TrueRealloc(void* block, std::size_t size) __asm__("__libc_realloc");
-
-// The program's own definitions come before those of the C library, for every library in it.
-
-__attribute__((visibility("default"))) void* malloc(std::size_t size) noexcept
-{
-    Count(size);
-    return TrueMalloc(size);
-}
-
-__attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size) noexcept
-{
-    Count(count * size);
-    return TrueCalloc(count, size);
-}
-
-__attribute__((visibility("default"))) void* realloc(void* block, std::size_t size) noexcept
-{
-    Count(size);
-    return TrueRealloc(block, size);
-}
-
-} // extern "C"
-
-#endif
 
 AllocationCounter::AllocationCounter() : m_before(t_allocations), m_bytesBefore(t_bytes) {}
 
@@ -80,7 +32,55 @@ long long AllocationCounter::Bytes() const
     return t_bytes - m_bytesBefore;
 }
 
+#if defined(KOR_OTHER_ALLOCATOR)
+
 bool AllocationCounter::IsAvailable()
 {
-    return kIsAvailable;
+    return false;
 }
+
+#else
+
+bool AllocationCounter::IsAvailable()
+{
+    return true;
+}
+
+static void Count(std::size_t bytes) noexcept
+{
+    ++t_allocations;
+    t_bytes += static_cast<long long>(bytes);
+}
+
+extern "C" {
+
+void* TrueMalloc(std::size_t size) __asm__("__libc_malloc");
+void* TrueCalloc(std::size_t count, std::size_t size) __asm__("__libc_calloc");
+void* TrueRealloc(void* block, std::size_t size) __asm__("__libc_realloc");
+
+// The program's own definitions come before those of the C library, for every library in it.
+#pragma GCC visibility push(default)
+
+void* malloc(std::size_t size) noexcept
+{
+    Count(size);
+    return TrueMalloc(size);
+}
+
+void* calloc(std::size_t count, std::size_t size) noexcept
+{
+    Count(count * size);
+    return TrueCalloc(count, size);
+}
+
+void* realloc(void* block, std::size_t size) noexcept
+{
+    Count(size);
+    return TrueRealloc(block, size);
+}
+
+#pragma GCC visibility pop
+
+} // extern "C"
+
+#endif

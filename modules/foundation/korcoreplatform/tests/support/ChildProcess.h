@@ -22,6 +22,12 @@
 
 constexpr int kLongMs = 60000; ///< For waits that end early unless something is broken.
 
+/// Whether nobody is left to wait for.
+inline bool IsChildless()
+{
+    return ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
+}
+
 /// What `main` does when the program is started with `--child NAME FOLDER`: the exit code.
 using ChildRoles = std::map<std::string, std::function<int(std::string const& folder)>>;
 

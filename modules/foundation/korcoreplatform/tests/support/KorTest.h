@@ -2,8 +2,12 @@
 
 #pragma once
 
+#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/main/string/TString.h"
 #include "korsys/tests/support/KorTest.h"
+
+#include <QByteArray>
+#include <QString>
 
 inline void PrintTo(TString const& text, std::ostream* out)
 {

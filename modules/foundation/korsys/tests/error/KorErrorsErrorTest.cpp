@@ -2,9 +2,7 @@
 
 #include "korsys/tests/support/KorTest.h"
 
-#include <cstdio>
 #include <set>
-#include <string>
 
 namespace {
 

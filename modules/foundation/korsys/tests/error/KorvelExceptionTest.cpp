@@ -1,25 +1,15 @@
 #include "korsys/main/error/KorvelException.h"
 
-#include "korsys/main/error/KorErrorsError.h"
-#include "korsys/main/error/LogicException.h"
-#include "korsys/main/error/StringException.h"
 #include "korsys/main/error/ThrowError.h"
 #include "korsys/tests/support/KorTest.h"
 
-#include <memory>
 #include <type_traits>
-#include <vector>
 
 namespace {
 
 constexpr char kOfTheSystem[] = "KorvelException_AutoGen_0xB5B83DCB";
+using KorTest::SomeError;
 using Messages = std::vector<TStringCore>;
-
-TError::ErrorInfo AnyInfo()
-{
-    return TError::ErrorInfo(KorErrorsError::AutoGen_0x1A36D05F(), TError::ErrorSource::Internal,
-                             grpc::UNKNOWN);
-}
 
 /// A class as other libraries derive it, with an argument of its own.
 class DerivedException : public KorvelException
@@ -45,13 +35,13 @@ struct BothWays
 TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryFormAndCopiesChangeAlone)
 {
     static_assert(std::is_nothrow_copy_constructible_v<LogicException>);
-    KorvelException const original(u"m", AnyInfo());
+    KorvelException const original(u"m", SomeError());
     KorvelException stacked(original);
     TError::ErrorInfo const& info = stacked.GetErrorInfo();
     stacked.StackMessage(u"b");
     stacked.StackMessageFront(u"a");
     EXPECT_EQ(&info, &stacked.GetErrorInfo()) << "the record outlives new messages";
-    KorvelException assigned(u"other", AnyInfo());
+    KorvelException assigned(u"other", SomeError());
     assigned = original;
     assigned.StackMessage(u"z");
     struct
@@ -65,11 +55,11 @@ TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryFormAndCopiesChangeAlone)
         {__LINE__, original, {u"m"}, "m", u"m"},
         {__LINE__, stacked, {u"a", u"m", u"b"}, "a\nm\nb", u"a | m | b"},
         {__LINE__, assigned, {u"m", u"z"}, "m\nz", u"m | z"},
-        {__LINE__, {u"Stra\u00DF", AnyInfo()}, {u"Stra\u00DF"}, "Stra\xC3\x9F", u"Stra\u00DF"},
-        {__LINE__, {Messages{u"1", u""}, AnyInfo()}, {u"1", u""}, "1\n", u"1 | "},
-        {__LINE__, {Messages(), AnyInfo()}, {}, "", u""},
-        {__LINE__, {TFormatStringCore(u"%1%2").arg({u"3"}), AnyInfo()}, {u"3%2"}, "3%2", u"3%2"},
-        {__LINE__, {BothWays(), AnyInfo()}, {u"format!"}, "format!", u"format!"},
+        {__LINE__, {u"Stra\u00DF", SomeError()}, {u"Stra\u00DF"}, "Stra\xC3\x9F", u"Stra\u00DF"},
+        {__LINE__, {Messages{u"1", u""}, SomeError()}, {u"1", u""}, "1\n", u"1 | "},
+        {__LINE__, {Messages(), SomeError()}, {}, "", u""},
+        {__LINE__, {TFormatStringCore(u"%1%2").arg({u"3"}), SomeError()}, {u"3%2"}, "3%2", u"3%2"},
+        {__LINE__, {BothWays(), SomeError()}, {u"format!"}, "format!", u"format!"},
     };
     for (auto const& c : cases) {
         SCOPED_TRACE(c.line);
@@ -84,10 +74,10 @@ TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryFormAndCopiesChangeAlone)
 TEST(KorvelExceptionTest, CloneAndThrowKeepTheDynamicType)
 {
     std::unique_ptr<KorvelException> const exceptions[] = {
-        std::make_unique<KorvelException>(u"m", AnyInfo()),
-        std::make_unique<StringException>(u"m", AnyInfo()),
-        std::make_unique<LogicException>(u"m", AnyInfo()),
-        std::make_unique<DerivedException>(u"m", AnyInfo()),
+        std::make_unique<KorvelException>(u"m", SomeError()),
+        std::make_unique<StringException>(u"m", SomeError()),
+        std::make_unique<LogicException>(u"m", SomeError()),
+        std::make_unique<DerivedException>(u"m", SomeError()),
     };
     for (auto const& pointer : exceptions) {
         KorvelException const& exception = *pointer;

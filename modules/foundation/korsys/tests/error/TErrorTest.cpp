@@ -1,10 +1,7 @@
 #include "korsys/main/error/TError.h"
 
-#include "korsys/main/error/KorErrorsError.h"
 #include "korsys/main/system/TStackWalker.h"
 #include "korsys/tests/support/KorTest.h"
-
-#include <tuple>
 
 namespace {
 

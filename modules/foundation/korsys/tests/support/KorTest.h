@@ -1,17 +1,40 @@
-/// What the tests of every module share: the check of an error's class and id, readable texts.
+/// What the tests of every module share: the check of an error's class and id, readable texts, and
+/// the headers that most of them need.
 
 #pragma once
 
+#include "korsys/main/error/KorErrorsError.h"
 #include "korsys/main/error/KorvelException.h"
+#include "korsys/main/error/LogicException.h"
+#include "korsys/main/error/StringException.h"
 #include "korsys/main/text/TStringCore.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <ostream>
+#include <random>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <thread>
+#include <tuple>
 #include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include <fnmatch.h>
 
 /// Lets GoogleTest show a text as text.
 inline void PrintTo(TStringCore const& text, std::ostream* out)
@@ -41,21 +64,13 @@ inline bool FitsList(std::string const& message, std::string const& id)
         return true;
     }
     bool const isAssert = id.find("_LogicAssert_") != std::string::npos;
-    std::size_t at = isAssert ? message.rfind(": ") + 2 : 0;
-    std::size_t begin = 0;
-    for (std::size_t marker = 0; marker != std::string::npos; begin = marker + 2) {
-        marker = listed.find('%', begin);
-        std::string const piece = listed.substr(begin, marker - begin);
-        std::size_t const found = message.find(piece, at);
-        if (found == std::string::npos || (begin == 0 && found != at)) {
-            return false;
-        }
-        at = found + piece.size();
-        if (marker == std::string::npos) {
-            return piece.empty() || at == message.size();
-        }
+    std::string pattern = isAssert ? "*: " : "";
+    for (std::size_t i = 0; i < listed.size(); ++i) {
+        bool const isMarker = listed[i] == '%';
+        pattern += isMarker ? '*' : listed[i];
+        i += isMarker; // its digit
     }
-    return false;
+    return ::fnmatch(pattern.c_str(), message.c_str(), FNM_NOESCAPE) == 0;
 }
 
 /// What is wrong with the error that `run` throws, nothing if it is of exactly the class `type`,
@@ -97,6 +112,20 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
     return failure() << "did not throw";
 }
 
+/// The message of a failed assertion at a place below the module's main folder.
+inline TStringCore AssertText(std::string const& place, int line, std::string const& text)
+{
+    return TStringCore::fromStdString(
+        "Internal error in file \"modules/foundation/korcoreplatform/main/" + place +
+        "\" at line " + std::to_string(line) + ": " + text);
+}
+
+/// What an error is about does not matter.
+inline TError::ErrorInfo SomeError()
+{
+    return {KorErrorsError::AutoGen_0x1A36D05F(), TError::ErrorSource::Internal, grpc::UNKNOWN};
+}
+
 } // namespace KorTest
 
 /// Expects `statement` to throw an exception of exactly `Class` with the error `id`
@@ -108,3 +137,8 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
 /// The same with the exact first message, a `TStringCore`.
 #define EXPECT_KOR_ERROR_TEXT(statement, Class, id, message)                                       \
     EXPECT_TRUE(KorTest::ThrowsError([&] { statement; }, typeid(Class), id, message))
+
+/// Expects `statement` to fail the assertion `number` ("0xA1EE3CF3") with the line and text given.
+#define EXPECT_KOR_ASSERT(statement, number, place, line, text)                                    \
+    EXPECT_KOR_ERROR_TEXT(statement, LogicException, "LogicException_LogicAssert_" number,         \
+                          KorTest::AssertText(place, line, text))

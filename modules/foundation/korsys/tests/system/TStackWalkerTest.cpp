@@ -1,15 +1,11 @@
 #include "korsys/main/system/TStackWalker.h"
 
 #include "korsys/main/system/TSystemCore.h"
-
-#include <gtest/gtest.h>
+#include "korsys/tests/support/KorTest.h"
 
 #include <cstddef>
 #include <ios>
 #include <locale>
-#include <sstream>
-#include <string>
-#include <vector>
 
 namespace {
 

@@ -2,10 +2,6 @@
 
 #include "korsys/tests/support/KorTest.h"
 
-#include <cstdint>
-#include <string>
-#include <thread>
-
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -1,20 +1,14 @@
 #include "korsys/main/text/CaseMapping_p.h"
 
 #include "korsys/main/text/UnitSearch_p.h"
+#include "korsys/tests/support/KorTest.h"
 #include "korsys/tests/support/TextPeers.h"
 #include "korsys/tests/support/Threads.h"
 
 #include <unicode/uchar.h>
-#include <unicode/ustring.h>
 #include <unicode/utf16.h>
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <atomic>
 #include <map>
-#include <random>
-#include <string>
 
 namespace {
 

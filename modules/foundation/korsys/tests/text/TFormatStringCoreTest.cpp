@@ -2,8 +2,6 @@
 
 #include "korsys/tests/support/KorTest.h"
 
-#include <vector>
-
 namespace {
 
 TEST(TFormatStringCoreTest, ReplacesMarkersAndLeavesTheRestAsWritten)

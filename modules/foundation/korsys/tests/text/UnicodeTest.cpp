@@ -4,9 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-#include <string>
-
 namespace {
 
 TEST(UnicodeTest, OnlyCrLfBecomesLf)

@@ -1,10 +1,7 @@
 #include "korsys/main/thread/TEvent.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <memory>
-#include <thread>
+#include "korsys/tests/support/KorTest.h"
+#include "korsys/tests/support/Threads.h"
 
 namespace {
 
@@ -27,20 +24,16 @@ TEST(TEventTest, ASignalThatIsResetAtOnceReleasesWhoWaits)
 {
     TEvent event;
     std::atomic<int> returned{0};
-    std::thread waiters[4];
-    for (std::thread& waiter : waiters) { // the first waits for ever, the others have a limit
-        waiter = std::thread([&, patienceMs = &waiter == waiters ? -1 : kPatienceMs] {
-            EXPECT_TRUE(event.Wait(patienceMs));
+    OnThreads(5, [&](unsigned thread) {
+        if (thread != 0) { // the first waits for ever, the others have a limit
+            EXPECT_TRUE(event.Wait(thread == 1 ? -1 : kPatienceMs));
             ++returned;
-        });
-    }
-    while (returned != 4) { // who comes after one pulse takes the next
-        event.Signal();
-        event.Reset();
-    }
-    for (std::thread& waiter : waiters) {
-        waiter.join();
-    }
+        }
+        while (thread == 0 && returned != 4) { // who comes after one pulse takes the next
+            event.Signal();
+            event.Reset();
+        }
+    });
     EXPECT_FALSE(event.Wait(0));
 }
 
@@ -50,8 +43,9 @@ TEST(TEventTest, AConsumerThatResetsBeforeItLooksMissesNothing)
     TEvent event;
     std::atomic<int> made{0}; // plain loads and stores: only the event orders them
     std::atomic<int> seen{0};
-    std::thread producer([&] {
-        for (int item = 1; item <= kItems; ++item) {
+    bool inTime = true;
+    OnThreads(2, [&](unsigned thread) {
+        for (int item = 1; thread == 0 && item <= kItems; ++item) {
             event.Signal(); // makes the consumer reset and look while the item is made
             made.store(item, std::memory_order_relaxed);
             event.Signal();
@@ -59,15 +53,13 @@ TEST(TEventTest, AConsumerThatResetsBeforeItLooksMissesNothing)
                 std::this_thread::yield();
             }
         }
+        for (int last = 0; thread == 1 && last < kItems;) {
+            event.Reset();
+            int const item = made.load(std::memory_order_relaxed);
+            inTime = (item != last || event.Wait(kPatienceMs)) && inTime;
+            seen.store(last = item, std::memory_order_relaxed);
+        }
     });
-    bool inTime = true;
-    for (int last = 0; last < kItems;) {
-        event.Reset();
-        int const item = made.load(std::memory_order_relaxed);
-        inTime = (item != last || event.Wait(kPatienceMs)) && inTime;
-        seen.store(last = item, std::memory_order_relaxed);
-    }
-    producer.join();
     EXPECT_TRUE(inTime) << "an item was made and nobody woke up";
 }
 

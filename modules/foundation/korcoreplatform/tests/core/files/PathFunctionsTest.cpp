@@ -1,25 +1,9 @@
 #include "korcoreplatform/main/core/files/PathFunctions.h"
 
-#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/runtime/OptLogStackOnFileError.h"
-#include "korcoreplatform/main/string/TFormatString.h"
-#include "korcoreplatform/main/string/TString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
-#include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <iterator>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <pwd.h>
 #include <sys/stat.h>

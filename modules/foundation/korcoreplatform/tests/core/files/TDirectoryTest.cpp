@@ -1,18 +1,8 @@
 #include "korcoreplatform/main/core/files/TDirectory.h"
 
 #include "korcoreplatform/main/core/files/PathFunctions.h"
-#include "korcoreplatform/main/core/files/TPath.h"
-#include "korcoreplatform/main/string/TString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/resource.h>

@@ -1,19 +1,11 @@
 #include "korcoreplatform/main/core/files/TFile.h"
 
-#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/runtime/OptLogStackOnFileError.h"
-#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
 #include <QFile>
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -45,12 +37,7 @@ TEST(TFileTest, AFailedOpeningNamesTheFileAndLeavesNothingOpen)
     TemporaryFolder const folder;
     folder.Write("secret", "x");
     ::chmod(folder.Native("secret").c_str(), 0);
-    struct
-    {
-        TPath path;
-        TIO::OpenMode mode;
-        TString reason;
-    } const cases[] = {
+    std::tuple<TPath, TIO::OpenMode, TString> const cases[] = {
         {u"/nowhere/x", TIO::ReadOnly, u"No such file or directory"},
         {u"/nowhere/x", TIO::WriteOnly, u"No such file or directory"},
         {folder.Path(), TIO::ReadOnly, u"file to open is a directory"},
@@ -130,12 +117,7 @@ TEST(TFileTest, TextIsLoadedInItsEncoding)
         latin1Units += static_cast<char16_t>(c % 256);
     }
     std::string const ascii(512, 'x');
-    struct
-    {
-        int line;
-        std::string bytes;
-        TString text;
-    } const cases[] = {
+    std::tuple<int, std::string, TString> const cases[] = {
         {__LINE__, "", u""},
         {__LINE__, "\xEF\xBB\xBF", u""},
         {__LINE__, "\xEF\xBB\xBF\r\nb\r\r\n\0\xC3\xA9\0"s, TString(u"\r\nb\r\r\n\0\u00E9\0", 9)},
@@ -152,18 +134,18 @@ TEST(TFileTest, TextIsLoadedInItsEncoding)
     TemporaryFolder const folder;
     TPath const path = folder / u"text";
     long const open = CountOpenDescriptors();
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.line);
-        folder.Write("text", c.bytes);
-        EXPECT_TRUE(TFile::LoadTextFile(path, false) == c.text); // too long to be shown
-        EXPECT_TRUE(TFile::LoadUtf8File(path, false) == c.text.toStdString());
-        TString normal = c.text;
+    for (auto const& [line, bytes, text] : cases) {
+        SCOPED_TRACE(line);
+        folder.Write("text", bytes);
+        EXPECT_TRUE(TFile::LoadTextFile(path, false) == text); // too long to be shown
+        EXPECT_TRUE(TFile::LoadUtf8File(path, false) == text.toStdString());
+        TString normal = text;
         normal.dosToUnix();
         EXPECT_TRUE(TFile::LoadTextFile(path, true) == normal);
         EXPECT_TRUE(TFile::LoadUtf8File(path, true) == normal.toStdString());
-        EXPECT_TRUE(Text(TFile::LoadBinaryFile(path)) == c.bytes);
-        std::vector<unsigned char> const bytes(c.bytes.begin(), c.bytes.end());
-        EXPECT_TRUE(TFile::LoadUnsignedBinaryFile(path) == bytes);
+        EXPECT_TRUE(Text(TFile::LoadBinaryFile(path)) == bytes);
+        std::vector<unsigned char> const unsignedBytes(bytes.begin(), bytes.end());
+        EXPECT_TRUE(TFile::LoadUnsignedBinaryFile(path) == unsignedBytes);
     }
     EXPECT_EQ(CountOpenDescriptors(), open);
 }

@@ -5,12 +5,6 @@
 
 #include <QBuffer>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
-
 namespace {
 
 /// A stream that reads from the start of its text and writes to its end.

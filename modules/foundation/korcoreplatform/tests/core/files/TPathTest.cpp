@@ -1,19 +1,9 @@
 #include "korcoreplatform/main/core/files/TPath.h"
 
-#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/KorErrorsError.h"
 #include "korsys/main/system/TPathCore.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
 #include <filesystem>
-#include <functional>
-#include <memory>
-#include <random>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -217,12 +207,7 @@ TEST(TPathTest, PathsAreJoined)
 
 TEST(TPathTest, ElementsFollowOneAnotherBothWays)
 {
-    struct
-    {
-        int line;
-        char16_t const* text;
-        std::vector<TString> elements;
-    } const cases[] = {
+    std::tuple<int, char16_t const*, std::vector<TString>> const cases[] = {
         {__LINE__, u"", {}},
         {__LINE__, u"/", {u"/"}},
         {__LINE__, u"///", {u"//", u"/"}},
@@ -237,21 +222,21 @@ TEST(TPathTest, ElementsFollowOneAnotherBothWays)
         {__LINE__, u"//?/C:/x", {u"/", u"?", u"C:", u"x"}},
         {__LINE__, u"abcdefghijklmn/abcdefghijklmno", {u"abcdefghijklmn", u"abcdefghijklmno"}},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.line);
-        TPath const path = Verbatim(c.text);
-        EXPECT_EQ(std::vector<TString>(path.begin(), path.end()), c.elements);
-        EXPECT_EQ(path.toVector(), c.elements);
-        EXPECT_EQ(path.size(), static_cast<int>(c.elements.size()));
+    for (auto const& [line, text, elements] : cases) {
+        SCOPED_TRACE(line);
+        TPath const path = Verbatim(text);
+        EXPECT_EQ(std::vector<TString>(path.begin(), path.end()), elements);
+        EXPECT_EQ(path.toVector(), elements);
+        EXPECT_EQ(path.size(), static_cast<int>(elements.size()));
         TPath::iterator i = path.end();
-        for (auto element = c.elements.rbegin(); element != c.elements.rend(); ++element) {
+        for (auto element = elements.rbegin(); element != elements.rend(); ++element) {
             TPath::iterator const old = i--;
             EXPECT_EQ((Texts{*i, i.get(), *i.next()}), (Texts{*element, *element, *old}));
             EXPECT_EQ(i.next(), old);
         }
         EXPECT_EQ(i, path.begin());
-        EXPECT_EQ(path.front(), c.elements.empty() ? TString() : c.elements.front());
-        EXPECT_TRUE(c.elements.empty() || path.back() == c.elements.back());
+        EXPECT_EQ(path.front(), elements.empty() ? TString() : elements.front());
+        EXPECT_TRUE(elements.empty() || path.back() == elements.back());
     }
     EXPECT_EQ(TString(TPath::fromVector({u"/", u"a/", u"", u"b//", u"/c"})), TString(u"/a/b//c"));
     EXPECT_EQ(TString(TPath::fromVector({u"C:", u"a"})), TString(u"C:/a"));
@@ -321,12 +306,8 @@ TEST(TPathTest, RandomPathsAgreeWithTheirGenericForm)
     for (int i = 0; i < 20000; ++i) {
         TString const text = RandomText(random);
         TPath const path(text);
-        TPath const other(i % 4 == 0 ? TString(path).toUpper() : RandomText(random));
         TString const generic = path.GenericString();
         TString const lower = generic.toLower();
-        ASSERT_EQ(path < other, generic < other.GenericString()) << path << " and " << other;
-        ASSERT_EQ(path == other, TString(path).compare(other, TString::CaseInsensitive) == 0)
-            << path << " and " << other;
         ASSERT_EQ(std::hash<TPath>()(path),
                   THash32(lower.constData(), lower.lengthInBytes(), 0xDEADBEEF));
         // Without other roots, a path that ends in a name means the same to the standard library.
@@ -350,11 +331,9 @@ TEST(TPathTest, RandomPathsAgreeWithTheirGenericForm)
 
 TEST(TPathTest, ExceptionsKeepTheirClassAndTakeTheCallStack)
 {
-    TError::ErrorInfo const info(KorErrorsError::AutoGen_0xE27C2B2D(),
-                                 TError::ErrorSource::Internal, grpc::UNKNOWN);
-    TPath::Exception const plain(u"text", info, false);
+    TPath::Exception const plain(u"text", KorTest::SomeError(), false);
     EXPECT_EQ(plain.GetMessages().size(), 1u);
-    TPath::Exception const withStack(u"text", info, true);
+    TPath::Exception const withStack(u"text", KorTest::SomeError(), true);
     EXPECT_GT(withStack.GetMessages().size(), 1u);
     EXPECT_EQ(withStack.GetMessagesFront(), TStringCore(u"text"));
     std::unique_ptr<KorvelException> const copy(static_cast<KorvelException const&>(plain).Clone());

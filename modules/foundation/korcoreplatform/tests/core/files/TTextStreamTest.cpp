@@ -4,11 +4,6 @@
 
 #include <QBuffer>
 
-#include <gtest/gtest.h>
-
-#include <utility>
-#include <vector>
-
 namespace {
 
 using Lines = std::vector<TString>;

@@ -5,13 +5,7 @@
 #include "korcoreplatform/tests/support/LogRecords.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
 #include <regex>
-#include <thread>
-
-#include <unistd.h>
 
 // Wishes to the sanitizers, which look for these: no exit waits for threads that do not end, and
 // what a dead logger holds is not lost by mistake.

@@ -9,19 +9,11 @@
 #include "korcoreplatform/tests/support/LogRecords.h"
 #include "korsys/main/thread/TEvent.h"
 
-#include <atomic>
-#include <thread>
-
 #include <unistd.h>
 
 namespace {
 
-using TLog::AccessLevel;
-using TLog::AsyncLogger;
-using TLog::Event;
-using TLog::Filter;
-using TLog::MemoryChannel;
-using TLog::Severity;
+using namespace TLog;
 
 constexpr int kLongMs = 20000; ///< For waits that end early unless something is broken.
 
@@ -100,28 +92,22 @@ TEST(AsyncLoggerTest, ChangesTakeTheirTurnAmongTheRecords)
 
 TEST(AsyncLoggerTest, FiltersAreAskedUntilOneDecides)
 {
-    struct
-    {
-        int first;
-        int second;
-        char const* kept;
-        int askedSecond;
-    } const cases[] = {
+    std::tuple<int, int, char const*, int> const cases[] = {
         {Filter::Next, Filter::Next, "x ", 1},   {Filter::Next, Filter::Drop, "", 1},
         {Filter::Drop, Filter::Accept, "", 0},   {-7, Filter::Drop, "x ", 0},
         {Filter::Accept, Filter::Drop, "x ", 0},
     };
-    for (auto const& c : cases) {
+    for (auto const& [first, then, kept, askedThen] : cases) {
         auto const channel = std::make_shared<MemoryChannel>();
-        auto const second = std::make_shared<Answer>(c.second);
+        auto const second = std::make_shared<Answer>(then);
         AsyncLogger logger(Severity::Trace, TPath());
         logger.AddChannel(channel);
-        logger.AddFilter(std::make_shared<Answer>(c.first));
+        logger.AddFilter(std::make_shared<Answer>(first));
         logger.AddFilter(second);
         logger.Log(Severity::Info, Named(u"x"));
         EXPECT_TRUE(logger.FlushAndWait(kLongMs));
-        EXPECT_EQ(KeysOf(*channel), c.kept) << c.first << ' ' << c.second;
-        EXPECT_EQ(second->asked, c.askedSecond);
+        EXPECT_EQ(KeysOf(*channel), kept) << first << ' ' << then;
+        EXPECT_EQ(second->asked, askedThen);
     }
 }
 

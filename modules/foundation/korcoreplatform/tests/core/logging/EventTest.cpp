@@ -2,31 +2,20 @@
 
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
-#include "korcoreplatform/main/core/logging/Value.h"
-#include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
+#include "korcoreplatform/main/core/runtime/SessionScope.h"
+#include "korcoreplatform/tests/support/DefaultHooks.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TimeZoneGuard.h"
-#include "korsys/main/error/KorErrorsError.h"
-#include "korsys/main/error/TError.h"
 #include "korsys/main/system/TStackWalker.h"
 #include "korsys/main/system/TSystemCore.h"
 
-#include <boost/any.hpp>
-
 #include <future>
-#include <stdexcept>
-#include <thread>
 
 namespace {
 
-using TLog::ActivityInfo;
-using TLog::ActivityInfoFactory;
-using TLog::Event;
-using TLog::EventTime;
-using TLog::EventTimestamp;
-using TLog::Literal;
-using TLog::Object;
+using KorTest::SomeError;
+using namespace TLog;
 using Texts = std::unordered_map<TString, TString>;
 
 EventTime At(long long microseconds)
@@ -46,38 +35,14 @@ TString TextOf(std::shared_ptr<TLog::Value> const& value)
     return value == nullptr ? TString(u"none") : TLog::Formatter()(*value);
 }
 
-TError::ErrorInfo SomeError()
-{
-    return TError::ErrorInfo(KorErrorsError::AutoGen_0x318CE3BA(), TError::ErrorSource::Service,
-                             grpc::NOT_FOUND);
-}
-
-/// Takes the host's functions away again, and holds the thread's logging context.
-class EventTest : public testing::Test, protected ISessionObjects
+/// Takes the host's functions away again.
+class EventTest : public testing::Test
 {
 protected:
-    EventTest()
-    {
-        CoreThreadContext::SetHasSessionIdFunction([this] { return m_context != nullptr; });
-        CoreThreadContext::SetGetSessionObjectsInterfaceFunction(
-            [this] { return std::shared_ptr<ISessionObjects>(std::shared_ptr<void>(), this); });
-    }
-    ~EventTest() override
-    {
-        CoreThreadContext::SetHasSessionIdFunction({});
-        CoreThreadContext::SetGetSessionObjectsInterfaceFunction({});
-        ActivityInfoFactory::SetFactoryFunction({});
-    }
-    using Any = std::shared_ptr<boost::any>;
-    void SetSynchronizedObject(TString const&, Any) override {}
-    void SetUnsynchronizedObject(TString const&, Any) override {}
-    Any GetUnsynchronizedObject(TString const&) override { return {}; }
-    Any GetSynchronizedObject(TString const& key) override
-    {
-        return key == u"logging-ctx" ? std::make_shared<boost::any>(m_context) : nullptr;
-    }
+    EventTest() { SessionScope::InstallHooks(); }
+    ~EventTest() override { ActivityInfoFactory::SetFactoryFunction({}); }
 
-    std::shared_ptr<Texts> m_context;
+    DefaultHooks const m_hooks;
 };
 
 TEST_F(EventTest, WithoutFactoryARecordIsOfThisMoment)
@@ -167,9 +132,11 @@ TEST_F(EventTest, TheThreadsContextGoesBeforeTheActivitysPairs)
         {empty, extra, uR"({"a":1,"b":2})"},
         {pairs, extra, uR"({"0":"y","a":"x","b":2})"},
     };
+    OwnedSession const session;
+    SessionScope const scope(session.Id());
     for (auto const& c : cases) {
         SCOPED_TRACE(&c - cases);
-        m_context = c.ofThread;
+        CoreThreadContextUtils::SetLoggingContext(c.ofThread);
         Event const event(u"key", nullptr,
                           ActivityInfo({}, 1, 2, u"", u"", u"", u"", {}, {}, c.extra));
         EXPECT_EQ(TextOf(event.GetLoggingContext()), TString(c.context));
@@ -231,20 +198,16 @@ TEST_F(EventTest, AnErrorHasItsCallstack)
 
 TEST_F(EventTest, TimesAreWrittenToTheMillisecond)
 {
-    struct
-    {
-        long long microseconds;
-        TString utc;
-        TString local; ///< Three and a half hours ahead.
-    } const cases[] = {
+    // The local time is three and a half hours ahead.
+    std::tuple<long long, TString, TString> const cases[] = {
         {1709370303004999, u"2024-03-02T09:05:03.004", u"2024-03-02T12:35:03.004"},
         {-1, u"1969-12-31T23:59:59.999", u"1970-01-01T03:29:59.999"},
         {-30641760000000000, u"999-01-01T00:00:00.000", u"999-01-01T03:30:00.000"},
     };
     TimeZoneGuard const zone("XYZ-3:30");
-    for (auto const& c : cases) {
-        EXPECT_EQ(EventTimestamp(At(c.microseconds)).GetFormattedUtcValue(), c.utc);
-        EXPECT_EQ(EventTimestamp(At(c.microseconds)).GetFormattedLocalValue(), c.local);
+    for (auto const& [microseconds, utc, local] : cases) {
+        EXPECT_EQ(EventTimestamp(At(microseconds)).GetFormattedUtcValue(), utc);
+        EXPECT_EQ(EventTimestamp(At(microseconds)).GetFormattedLocalValue(), local);
     }
 }
 

@@ -14,9 +14,7 @@
 
 namespace {
 
-using TLog::Event;
-using TLog::FileChannel;
-using TLog::Severity;
+using namespace TLog;
 
 constexpr int kAppend = O_WRONLY | O_APPEND | O_CREAT;
 constexpr std::size_t kBuffer = 65536;

@@ -11,19 +11,11 @@
 #include <nlohmann/json.hpp>
 
 #include <limits>
-#include <random>
-#include <stdexcept>
 
 namespace {
 
 using nlohmann::json;
-using TLog::AccessLevel;
-using TLog::Array;
-using TLog::Event;
-using TLog::Formatter;
-using TLog::Literal;
-using TLog::Object;
-using TLog::Severity;
+using namespace TLog;
 
 std::shared_ptr<TLog::Value> const kNone;
 constexpr long long kMarch2 = 1709370303004999; // 2024-03-02T09:05:03.004999 UTC
@@ -55,13 +47,7 @@ struct HostValue : TLog::Value
 
 TEST(FormatterTest, WhatIsKeptFromLineToLineIsRenewed)
 {
-    struct
-    {
-        long long microseconds;
-        std::uint32_t pid;
-        std::uint64_t tid;
-        char const* expected;
-    } const cases[] = {
+    std::tuple<long long, std::uint32_t, std::uint64_t, char const*> const cases[] = {
         {kMarch2, 1, 1, "2024-03-02T09:05:03.004 1 1"},
         {kMarch2 + 995000, 1, 1, "2024-03-02T09:05:03.999 1 1"},
         {kMarch2 + 996000, 1, 1, "2024-03-02T09:05:04.000 1 1"},
@@ -76,8 +62,8 @@ TEST(FormatterTest, WhatIsKeptFromLineToLineIsRenewed)
         json const line = json::parse(formatter(Severity::Info, event).toStdString());
         return line.value("ts", "") + ' ' + line.at("pid").dump() + ' ' + line.value("tid", "");
     };
-    for (auto const& c : cases) {
-        EXPECT_EQ(head(Record(kNone, nullptr, c.microseconds, c.pid, c.tid)), c.expected);
+    for (auto const& [microseconds, pid, tid, expected] : cases) {
+        EXPECT_EQ(head(Record(kNone, nullptr, microseconds, pid, tid)), expected);
     }
     Event gone = Record(u"moved");
     Event const taken(std::move(gone));

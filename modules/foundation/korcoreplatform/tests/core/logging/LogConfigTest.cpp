@@ -4,8 +4,6 @@
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
-#include <optional>
-
 namespace {
 
 using LogDetail::Network;
@@ -39,10 +37,7 @@ TEST(LogConfigTest, AFileGivesThresholdsOrAProblem)
         std::optional<Severity> threshold;
         Lines problems = {};
     } const cases[] = {
-        {R"({"network":"WARN"})", Network, Severity::Warn},
         {"\xEF\xBB\xBF{\"Network\":\"trace\"}", Network, Severity::Trace},
-        {R"({"\u004eetwork":"Info"})", Network, Severity::Info},
-        {R"({"Network":"Error","NETWORK":"Info"})", Network, Severity::Error},
         {R"({"Network":"LogDetail"})", Network, Severity::LogDetail},
         {R"({"Network":"loud"})", Network, Severity::Off},
         {R"({"Internet":"Info"})", LogDetail::Count, Severity::Info},
@@ -98,23 +93,6 @@ TEST(LogConfigTest, AValueThatIsNotAStringIsAnErrorAndChangesNothing)
         EXPECT_KOR_ERROR(LogConfig::CreateLogConfig(folder / u"bad.json"), KorvelException,
                          kNotAString);
     }
-}
-
-TEST(LogConfigTest, ATextReplacesAllThresholdsOrNone)
-{
-    constexpr auto kUnlisted = static_cast<LogDetail::LogDetailEnums>(-1);
-    LogConfigSettings settings{TPath()};
-    settings.SetDetailSeverity(LogDetail::Memory, Severity::Info);
-    settings.SetDetailSeverity(kUnlisted, Severity::Debug);
-    for (char16_t const* text : {u"", u"[]"}) {
-        settings.InitializeFromString(text);
-        EXPECT_EQ(settings.GetDetailSeverity(LogDetail::Memory), Severity::Info);
-        EXPECT_EQ(settings.GetDetailSeverity(kUnlisted), Severity::Debug);
-    }
-    settings.InitializeFromString(u"{\"Network\":\"Info\"}");
-    EXPECT_TRUE(settings.IsDetailSet(Network));
-    EXPECT_FALSE(settings.IsDetailSet(LogDetail::Memory));
-    EXPECT_FALSE(settings.IsDetailSet(kUnlisted));
 }
 
 } // namespace

@@ -1,31 +1,18 @@
 #include "korcoreplatform/main/core/logging/LogMessage.h"
 
 #include "korcoreplatform/main/core/logging/Formatter.h"
-#include "korcoreplatform/main/string/TFormatString.h"
 #include "korcoreplatform/tests/support/AllocationCounter.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
-#include "korsys/main/error/KorErrorsError.h"
-#include "korsys/main/error/TError.h"
 
-#include <QString>
-
-#include <functional>
 #include <regex>
 
 namespace {
 
+using KorTest::SomeError;
 using LogMessageDetail::Pairs;
 using TError::ErrorInfo;
-using TLog::AnySeverity;
-using TLog::NonErrorSeverity;
-using TLog::Severity;
-
-ErrorInfo SomeError()
-{
-    return ErrorInfo(KorErrorsError::AutoGen_0x1A36D05F(), TError::ErrorSource::Internal,
-                     grpc::UNKNOWN);
-}
+using namespace TLog;
 
 /// Each record: its category, severity, key, value, and whether there is an error.
 std::string Described(LogRecording const& log)

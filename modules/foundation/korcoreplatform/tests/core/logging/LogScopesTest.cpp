@@ -10,9 +10,7 @@
 
 namespace {
 
-using TLog::ElapsedTimeEventScope;
-using TLog::Object;
-using TLog::Severity;
+using namespace TLog;
 
 struct DropAll : TLog::Filter
 {

@@ -4,10 +4,7 @@
 #include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
-
-#include <atomic>
-#include <functional>
-#include <thread>
+#include "korsys/tests/support/Threads.h"
 
 namespace {
 
@@ -166,24 +163,20 @@ TEST(LoggerTest, SeveritiesChangeWhileOtherThreadsLog)
     LoggerInSlot<CountingLogger> const logger(Severity::Off);
     SetPerDetail(true);
     std::atomic<bool> isDone{false};
-    auto const log = [&] {
-        while (!isDone.load(std::memory_order_relaxed)) {
+    OnThreads(3, [&](unsigned thread) {
+        for (int i = 0; thread == 0 && i < 500; ++i) {
+            logger->SetMinimalAcceptedSeverity(i % 2 == 0 ? Severity::Debug : Severity::Info);
+            logger->SetDetail(Network, Severity::Fatal);
+            logger->SetDetail(static_cast<LogDetail::LogDetailEnums>(53), Severity::Fatal);
+            logger->ClearDetails();
+        }
+        while (thread != 0 && !isDone.load(std::memory_order_relaxed)) {
             LogMessage(NonErrorSeverity(Severity::Trace), u"refused");
             EXPECT_FALSE(LoggerAcceptsSeverity(Severity::Trace, Network));
             EXPECT_FALSE(logger->IsDetailSet(static_cast<LogDetail::LogDetailEnums>(-1)));
         }
-    };
-    std::thread first(log);
-    std::thread second(log);
-    for (int i = 0; i < 500; ++i) {
-        logger->SetMinimalAcceptedSeverity(i % 2 == 0 ? Severity::Debug : Severity::Info);
-        logger->SetDetail(Network, Severity::Fatal);
-        logger->SetDetail(static_cast<LogDetail::LogDetailEnums>(53), Severity::Fatal);
-        logger->ClearDetails();
-    }
-    isDone.store(true, std::memory_order_relaxed);
-    first.join();
-    second.join();
+        isDone.store(true, std::memory_order_relaxed);
+    });
     SetPerDetail(false);
     EXPECT_TRUE(logger->records.empty());
     EXPECT_EQ(Logged(*logger, LogDetail::Count, Severity::Info), 1u);

@@ -3,10 +3,7 @@
 #include "korcoreplatform/main/core/runtime/AutoSynchronize.h"
 #include "korcoreplatform/main/core/runtime/TUUID.h"
 #include "korcoreplatform/tests/support/KorTest.h"
-
-#include <atomic>
-#include <climits>
-#include <thread>
+#include "korsys/tests/support/Threads.h"
 
 namespace {
 
@@ -18,19 +15,18 @@ TEST(LoggingContextTest, QuarantineIdIsReadWhileItIsSet)
                              u"01234567-89AB-CDEF-0123-456789ABCDEF"};
     AutoSynchronize::SetEnforceLockLeveling(true);
     std::atomic<bool> isDone{false};
-    std::thread writer([&] {
-        for (int i = 0; i < 2'000; ++i) {
+    OnThreads(2, [&](unsigned thread) {
+        for (int i = 0; thread == 0 && i < 2'000; ++i) {
             TLog::SetLogQuarantineUuid(TUUID(texts[i % 2]));
         }
-        isDone = true;
+        isDone = isDone || thread == 0;
+        do {
+            TRecursiveMutex mutex;
+            AutoSynchronize const outer(mutex, INT_MIN + 1, "", "", 0);
+            TString const text = TLog::GetLogQuarantineUuidString();
+            EXPECT_TRUE(text == texts[0] || text == texts[1]) << text.toStdString();
+        } while (!isDone);
     });
-    do {
-        TRecursiveMutex mutex;
-        AutoSynchronize const outer(mutex, INT_MIN + 1, "", "", 0);
-        TString const text = TLog::GetLogQuarantineUuidString();
-        EXPECT_TRUE(text == texts[0] || text == texts[1]) << text.toStdString();
-    } while (!isDone);
-    writer.join();
     AutoSynchronize::SetEnforceLockLeveling(false);
 
     EXPECT_EQ(TLog::GetLogQuarantineUuid(), TUUID(texts[1]));

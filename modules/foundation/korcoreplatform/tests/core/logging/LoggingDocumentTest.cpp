@@ -1,3 +1,5 @@
+#include "korcoreplatform/main/core/files/TFile.h"
+#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/Event.h"
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/main/core/logging/LoggingContext.h"
@@ -11,25 +13,19 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <fstream>
 #include <regex>
 
 namespace {
 
 using nlohmann::ordered_json;
-using TLog::ActivityInfo;
-using TLog::Event;
-using TLog::Literal;
-using TLog::Object;
-using TLog::Severity;
+using namespace TLog;
 using Names = std::vector<std::string>;
 
 TLog::EventTime const kTime{std::chrono::microseconds(1709370303004000)};
 
-std::string ReadFile(std::string const& name)
+std::string ReadFile(TString const& name)
 {
-    std::ifstream file(KOR_PROJECT_FOLDER "/" + name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return TFile::LoadUtf8File(u"" KOR_PROJECT_FOLDER "/" + name, false);
 }
 
 /// The first group of the pattern, for each line that is like it.
@@ -95,14 +91,14 @@ TEST(LoggingDocumentTest, TheLinesTheTableAndTheSchemaAreThoseOfTheFormatter)
     TLog::SetLogQuarantineUuid(TUUID());
     OptMetrics::SetIsActivityAndResourceTracingEnabledFunction([] { return false; });
 
-    std::string const text = ReadFile("docs/logging.md");
+    std::string const text = ReadFile(u"docs/logging.md");
     EXPECT_EQ(LinesLike(text, R"((\{"ts".*))"), (Names{plainLine, fullLine}));
     std::string const table =
         text.substr(text.find("| key |"), text.find("\n- Texts") - text.find("| key |"));
     EXPECT_EQ(LinesLike(table, R"(\| `(\w+)` \| .*)"), KeysOf(full));
     EXPECT_EQ(LinesLike(table, R"(\| `(\w+)` \| always \| .*)"), KeysOf(least));
 
-    ordered_json const schema = ordered_json::parse(ReadFile("tools/log-line.schema.json"));
+    ordered_json const schema = ordered_json::parse(ReadFile(u"tools/log-line.schema.json"));
     EXPECT_EQ(KeysOf(schema.at("properties")), KeysOf(full));
     EXPECT_EQ(schema.at("required"), KeysOf(least));
     for (auto const& [key, rule] : schema.at("properties").items()) {

@@ -3,14 +3,11 @@
 #include "korcoreplatform/main/core/logging/StandardErrorChannel.h"
 #include "korcoreplatform/main/core/logging/Value.h"
 #include "korcoreplatform/tests/support/KorTest.h"
-
-#include <thread>
+#include "korsys/tests/support/Threads.h"
 
 namespace {
 
-using TLog::Event;
-using TLog::Object;
-using TLog::Severity;
+using namespace TLog;
 
 std::shared_ptr<TLog::Value> Text(char16_t const* units)
 {
@@ -24,12 +21,7 @@ TEST(OtherChannelsTest, ATerminalsLineIsForPeople)
                                      {u"line", Text(u"1\n2")},
                                      {u"none", nullptr},
                                      {u"void", Text(u"")}});
-    struct
-    {
-        Severity severity;
-        Event event;
-        std::string end;
-    } const cases[] = {
+    std::tuple<Severity, Event, std::string> const cases[] = {
         {Severity::Info, Event(u"msg", Text(u"a \"b\" \u00e9")), "Info  a \"b\" \u00e9"},
         {Severity::Error, Event(u"msg", Text(u"\x1b[2J\nnext\u009b\u00a0")),
          "Error \\u001b[2J\\nnext\\u009b\u00a0"},
@@ -37,11 +29,11 @@ TEST(OtherChannelsTest, ATerminalsLineIsForPeople)
         {Severity::Warn, Event(u"cache", pairs),
          R"(Warn  cache inner={"k":"v"} line=1\n2 name="a\\ \"b" none=null void="")"},
     };
-    for (auto const& c : cases) {
+    for (auto const& [severity, event, end] : cases) {
         testing::internal::CaptureStderr();
-        TLog::StandardErrorChannel().Append(c.severity, c.event);
-        std::string const time = c.event.GetTimestamp().GetFormattedLocalValue().toStdString();
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), time + " " + c.end + "\n");
+        TLog::StandardErrorChannel().Append(severity, event);
+        std::string const time = event.GetTimestamp().GetFormattedLocalValue().toStdString();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), time + " " + end + "\n");
     }
 }
 
@@ -53,15 +45,14 @@ TEST(OtherChannelsTest, MemoryKeepsTheLatest)
     }
     EXPECT_EQ(channel.GetRecords().at(0).event.GetKey(), u"2");
     EXPECT_TRUE(channel.GetLines().at(1).endsWith(uR"("k":"3"})"));
-    std::thread writer([&] {
-        for (int i = 0; i < 1000; ++i) {
+    OnThreads(2, [&](unsigned thread) {
+        for (int i = 0; thread == 0 && i < 1000; ++i) {
             channel.Append(Severity::Info, Event(u"key", nullptr));
         }
+        while (channel.GetCounters().lostRecords < 1001) {
+            EXPECT_EQ(channel.GetRecords().size(), 2u);
+        }
     });
-    while (channel.GetCounters().lostRecords < 1001) {
-        EXPECT_EQ(channel.GetRecords().size(), 2u);
-    }
-    writer.join();
 }
 
 } // namespace

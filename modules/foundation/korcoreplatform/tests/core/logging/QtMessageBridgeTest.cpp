@@ -7,13 +7,10 @@
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
 #include <QMessageLogger>
-#include <QString>
 #include <QtGlobal>
 
 #include <csignal>
 #include <new>
-#include <optional>
-#include <thread>
 
 namespace {
 

@@ -3,19 +3,10 @@
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
-#include "korsys/main/error/KorErrorsError.h"
-#include "korsys/main/error/LogicException.h"
-#include "korsys/main/error/StringException.h"
-#include "korsys/main/error/TError.h"
-
-#include <stdexcept>
 
 namespace {
 
-using TLog::Literal;
-using TLog::LogCurrentException;
-using TLog::LogException;
-using TLog::Object;
+using namespace TLog;
 
 TLog::NonErrorSeverity const kWarn(TLog::Severity::Warn);
 TLog::AnySeverity const kError(TLog::Severity::Error);

@@ -7,9 +7,7 @@
 
 namespace {
 
-using TLog::Array;
-using TLog::Literal;
-using TLog::Object;
+using namespace TLog;
 
 static_assert(!std::is_constructible_v<Literal, char16_t const*>, "would be a truth value");
 static_assert(!std::is_constructible_v<Literal, int>, "could be any kind of number");

@@ -5,12 +5,7 @@
 #include "korcoreplatform/main/core/runtime/ICrashNow.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <thread>
-#include <vector>
+#include "korsys/tests/support/Threads.h"
 
 namespace {
 
@@ -47,12 +42,6 @@ std::string Line(char const* lead, char const* place, TRecursiveMutex const& mut
            " priority=" + std::to_string(priority);
 }
 
-template <class Function>
-void OnNewThread(Function function)
-{
-    std::thread(function).join();
-}
-
 TEST_F(AutoSynchronizeTest, PriorityNeverRises)
 {
     struct
@@ -64,7 +53,7 @@ TEST_F(AutoSynchronizeTest, PriorityNeverRises)
     for (auto const& c : cases) {
         SCOPED_TRACE(&c - cases);
         TRecursiveMutex& second = c.isSameMutex ? s_mutex : s_other;
-        OnNewThread([&] {
+        OnThreads(1, [&](unsigned) {
             AutoSynchronize const first(s_mutex, c.first, "", "", 0);
             auto const take = [&] { AutoSynchronize(second, c.second, "", "", 0); };
             // Each attempt crashes: the hook throws, which leaves what is held as it was.
@@ -91,7 +80,7 @@ TEST_F(AutoSynchronizeTest, ReportListsTheNewLockAndThoseHeld)
     Lines linesAtCrash;
     RegisterICrashNowFunc([&] { linesAtCrash = m_log.Lines(); });
     TRecursiveMutex third;
-    OnNewThread([&] {
+    OnThreads(1, [&](unsigned) {
         AutoSynchronize const first(s_mutex, 10, "/x/src/first.cpp", "First", 7);
         AutoSynchronize const second(s_other, 3, "src/second.cpp", "Sec\xF6nd", -8);
         AutoSynchronize const last(third, 5, "last\xC3\xBC.cpp", "Last", 9);
@@ -114,13 +103,13 @@ TEST_F(AutoSynchronizeTest, OneReportAMinuteAndThread)
         AutoSynchronize const low(s_mutex, 1, "", "", 0);
         AutoSynchronize const high(s_other, 2, "", "", 0);
     };
-    OnNewThread([&] {
+    OnThreads(1, [&](unsigned) {
         violateAt(1'000);
         std::size_t const lines = m_log.Lines().size();
         violateAt(1'059);
         EXPECT_EQ(crashes, 1);
         EXPECT_EQ(m_log.Lines().size(), lines);
-        OnNewThread([&] { violateAt(1'059); });
+        OnThreads(1, [&](unsigned) { violateAt(1'059); });
         EXPECT_EQ(crashes, 2);
         violateAt(1'060);
         EXPECT_EQ(crashes, 3);
@@ -134,12 +123,12 @@ TEST_F(AutoSynchronizeTest, NothingIsCheckedOrLinkedWithoutEnforcement)
     AutoSynchronize const inner(s_other, 2, "", "", 0);
     inner.LogLockAcquisition();
     EXPECT_EQ(m_log.Lines().size(), 1u); // the lock below is not known
-    OnNewThread([] { EXPECT_FALSE(s_mutex.TryLock()); });
+    OnThreads(1, [](unsigned) { EXPECT_FALSE(s_mutex.TryLock()); });
 }
 
 TEST_F(AutoSynchronizeTest, LogsAcquisitionsAndReleases)
 {
-    OnNewThread([] {
+    OnThreads(1, [](unsigned) {
         AutoSynchronize const outer(s_mutex, 2, "/a/b/outer.cpp", "Outer", 1);
         AutoSynchronize const inner(s_other, 1, "/inner.cpp", "Inner", 2);
         inner.LogLockAcquisition();

@@ -6,10 +6,6 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-
 namespace {
 
 TEST(CorePlatformOptionsTest, ApplicationDirEndsWithASeparator)

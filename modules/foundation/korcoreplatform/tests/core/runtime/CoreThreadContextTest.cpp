@@ -1,13 +1,9 @@
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
 
-#include "korcoreplatform/main/string/TFormatString.h"
+#include "korcoreplatform/tests/support/DefaultHooks.h"
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/LogicException.h"
 
 #include <boost/any.hpp>
-#include <gtest/gtest.h>
-
-#include <thread>
 
 namespace {
 
@@ -40,18 +36,9 @@ protected:
         CoreThreadContext::SetGetSessionObjectsInterfaceFunction([] { return t_session; });
         t_session = std::make_shared<TestSession>();
     }
-    ~CoreThreadContextTest() override
-    {
-        RestoreDefaults();
-        t_session = nullptr;
-    }
+    ~CoreThreadContextTest() override { t_session = nullptr; }
 
-    static void RestoreDefaults()
-    {
-        CoreThreadContext::SetHasSessionIdFunction({});
-        CoreThreadContext::SetGetSessionIdFunction({});
-        CoreThreadContext::SetGetSessionObjectsInterfaceFunction({});
-    }
+    DefaultHooks const m_hooks;
 };
 
 void ExpectNoSession()
@@ -60,18 +47,14 @@ void ExpectNoSession()
     EXPECT_EQ(CoreThreadContext::GetGenericObject(u"x"), nullptr);
     EXPECT_EQ(CoreThreadContext::GetGenericUnsynchronizedObject(u"x"), nullptr);
     EXPECT_EQ(CoreThreadContextUtils::GetLoggingContext(), nullptr);
-    auto const message = [](char16_t const* line, char16_t const* function) {
-        return TFormat(u"Internal error in file "
-                       u"\"modules/foundation/korcoreplatform/main/core/SessionObjectStore\" at "
-                       u"line %1: CoreThreadContext::%2 requires ThreadContext to be initialized",
-                       line, function);
-    };
-    EXPECT_KOR_ERROR_TEXT(CoreThreadContext::SetGenericUnsynchronizedObject(u"x", nullptr),
-                          LogicException, "LogicException_LogicAssert_0xD612CFB0",
-                          message(u"98", u"SetGenericUnsynchronizedObject"));
-    EXPECT_KOR_ERROR_TEXT(CoreThreadContext::SetGenericObject(u"x", nullptr), LogicException,
-                          "LogicException_LogicAssert_0x7615C447",
-                          message(u"117", u"SetGenericSynchronizedObject"));
+    EXPECT_KOR_ASSERT(CoreThreadContext::SetGenericUnsynchronizedObject(u"x", nullptr),
+                      "0xD612CFB0", "core/SessionObjectStore", 98,
+                      "CoreThreadContext::SetGenericUnsynchronizedObject requires ThreadContext to "
+                      "be initialized");
+    EXPECT_KOR_ASSERT(CoreThreadContext::SetGenericObject(u"x", nullptr), "0x7615C447",
+                      "core/SessionObjectStore", 117,
+                      "CoreThreadContext::SetGenericSynchronizedObject requires ThreadContext to "
+                      "be initialized");
     EXPECT_THROW(CoreThreadContextUtils::SetLoggingContext(nullptr), LogicException);
 }
 
@@ -91,7 +74,7 @@ TEST_F(CoreThreadContextTest, ObjectsOfTheTwoKindsGoToTheSessionOfTheThread)
 
 TEST_F(CoreThreadContextTest, EmptyHooksAreTheDefaultsAgain)
 {
-    RestoreDefaults();
+    DefaultHooks::Restore();
     ExpectNoSession();
     EXPECT_TRUE(CoreThreadContext::GetSessionId().IsNull());
     EXPECT_EQ(CoreThreadContext::GetSessionObjectsInterface(), nullptr);

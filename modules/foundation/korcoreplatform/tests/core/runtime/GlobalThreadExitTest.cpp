@@ -1,13 +1,7 @@
 #include "korcoreplatform/main/core/runtime/GlobalThreadExit.h"
 
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/LogicException.h"
 #include "korsys/tests/support/Threads.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
 
 namespace {
 

@@ -3,13 +3,7 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korsys/tests/support/Threads.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <atomic>
 #include <deque>
-#include <functional>
-#include <thread>
 
 using ObjectFactoryUtils::CreateObject;
 

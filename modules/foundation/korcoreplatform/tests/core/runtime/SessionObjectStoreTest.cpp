@@ -2,21 +2,13 @@
 
 #include "korcoreplatform/main/core/runtime/SessionObjects.h"
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/LogicException.h"
 #include "korsys/main/text/THash.h"
+#include "korsys/tests/support/Threads.h"
 
 #include <boost/any.hpp>
-#include <gtest/gtest.h>
 #include <tbb/concurrent_hash_map.h>
 
-#include <algorithm>
-#include <atomic>
-#include <functional>
-#include <random>
-#include <string>
-#include <thread>
 #include <unordered_map>
-#include <vector>
 
 namespace {
 
@@ -27,15 +19,7 @@ Object Number(int number)
     return std::make_shared<boost::any>(number);
 }
 
-void ExpectFailure(std::function<void()> const& action, char const* id, char const* line)
-{
-    EXPECT_KOR_ERROR(action(), LogicException, std::string("LogicException_LogicAssert_") + id);
-    try {
-        action();
-    } catch (LogicException const& e) {
-        EXPECT_NE(std::string(e.what()).find(line), std::string::npos) << e.what();
-    }
-}
+constexpr char kPlace[] = "core/SessionObjectStore";
 
 /// A host's own store, which uses the map of the process whenever it is called or destroyed.
 class HostObjects : public ISessionObjects
@@ -63,12 +47,15 @@ TEST(SessionObjectStoreTest, ObjectsNeedASessionWithAStore)
     for (TUUID const& bad : {id, unknown, TUUID()}) {
         SCOPED_TRACE(bad.ToString().toStdString());
         using Store = SessionObjectStore;
-        ExpectFailure([&] { Store::SetUnsynchronizedObject(bad, u"k", Number(1)); }, "0xA1EE3CF3",
-                      "SessionObjectStore\" at line 238: sessionObjectsInterface != nullptr");
-        ExpectFailure([&] { Store::GetUnsynchronizedObject(bad, u"k"); }, "0x7B7322CC", " 246: ");
-        ExpectFailure([&] { Store::SetSynchronizedObject(bad, u"k", Number(1)); }, "0x0F1C04B5",
-                      " 255: ");
-        ExpectFailure([&] { Store::GetSynchronizedObject(bad, u"k"); }, "0xF735FBEE", " 263: ");
+        constexpr char kText[] = "sessionObjectsInterface != nullptr";
+        EXPECT_KOR_ASSERT(Store::SetUnsynchronizedObject(bad, u"k", Number(1)), "0xA1EE3CF3",
+                          kPlace, 238, kText);
+        EXPECT_KOR_ASSERT(Store::GetUnsynchronizedObject(bad, u"k"), "0x7B7322CC", kPlace, 246,
+                          kText);
+        EXPECT_KOR_ASSERT(Store::SetSynchronizedObject(bad, u"k", Number(1)), "0x0F1C04B5", kPlace,
+                          255, kText);
+        EXPECT_KOR_ASSERT(Store::GetSynchronizedObject(bad, u"k"), "0xF735FBEE", kPlace, 263,
+                          kText);
     }
     for (TUUID const& any : {id, unknown, TUUID()}) {
         SessionObjectStore::DeleteSession(any);
@@ -84,8 +71,8 @@ TEST(SessionObjectStoreTest, AStoreIsAttachedOnceAndOutlivesItsSession)
     };
     EXPECT_EQ(map.GetSessionObjectsInterface(id), nullptr);
     attach(id);
-    ExpectFailure([&] { attach(id); }, "0x4C43FF6F", " 214: sit->second == nullptr");
-    ExpectFailure([&] { attach(TUUID()); }, "0x0AAE8A7B", " 212: found");
+    EXPECT_KOR_ASSERT(attach(id), "0x4C43FF6F", kPlace, 214, "sit->second == nullptr");
+    EXPECT_KOR_ASSERT(attach(TUUID()), "0x0AAE8A7B", kPlace, 212, "found");
     EXPECT_EQ(SessionObjectsMap::Get().GetSessionObjectsInterface(id), nullptr);
 
     std::shared_ptr<ISessionObjects> held = map.GetSessionObjectsInterface(id);
@@ -177,21 +164,19 @@ TEST(SessionObjectStoreTest, ReadersOfADeletedSessionGetTheObjectOrTheError)
         objects->SetSynchronizedObject(u"k", Object(new boost::any(i), deleter));
         SessionObjectStore::SetSessionObjectsInterface(ids[i], std::move(objects));
     }
-    std::vector<std::thread> readers;
-    for (int i = 0; i < 3; ++i) {
-        readers.emplace_back(read);
-    }
-    while (reading < 3) {
-        std::this_thread::yield();
-    }
-    for (int i = 0; i < kRounds; ++i) {
-        round = i;
-        std::this_thread::yield();
-        SessionObjectStore::DeleteSession(ids[i]);
-    }
-    for (std::thread& reader : readers) {
-        reader.join();
-    }
+    OnThreads(4, [&](unsigned thread) {
+        if (thread != 0) {
+            return read();
+        }
+        while (reading < 3) {
+            std::this_thread::yield();
+        }
+        for (int i = 0; i < kRounds; ++i) {
+            round = i;
+            std::this_thread::yield();
+            SessionObjectStore::DeleteSession(ids[i]);
+        }
+    });
     EXPECT_EQ(odd, 0);
     EXPECT_EQ(destroyed, kRounds);
 }
@@ -203,20 +188,14 @@ TEST(SessionObjectStoreTest, AnyNumberOfThreadsReadsWhatOthersWrite)
     SessionObjects objects;
     objects.SetSynchronizedObject(u"k", Number(0));
     std::atomic<int> reading{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&] {
-            EXPECT_NE(objects.GetSynchronizedObject(u"k"), nullptr);
-            for (++reading; reading < kThreads;) {
-                std::this_thread::yield();
-            }
-            objects.SetSynchronizedObject(u"k", Number(1));
-            EXPECT_EQ(boost::any_cast<int>(*objects.GetSynchronizedObject(u"k")), 1);
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    OnThreads(kThreads, [&](unsigned) {
+        EXPECT_NE(objects.GetSynchronizedObject(u"k"), nullptr);
+        for (++reading; reading < kThreads;) {
+            std::this_thread::yield();
+        }
+        objects.SetSynchronizedObject(u"k", Number(1));
+        EXPECT_EQ(boost::any_cast<int>(*objects.GetSynchronizedObject(u"k")), 1);
+    });
 }
 
 TEST(SessionObjectStoreTest, ClearingDeletesEverySession)

@@ -1,14 +1,10 @@
 #include "korcoreplatform/main/core/runtime/SessionScope.h"
 
-#include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
 #include "korcoreplatform/main/core/runtime/SessionObjectStore.h"
+#include "korcoreplatform/tests/support/DefaultHooks.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
 #include <boost/any.hpp>
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <thread>
 
 namespace {
 
@@ -17,12 +13,8 @@ class SessionScopeTest : public testing::Test
 {
 protected:
     SessionScopeTest() { SessionScope::InstallHooks(); }
-    ~SessionScopeTest() override
-    {
-        CoreThreadContext::SetHasSessionIdFunction({});
-        CoreThreadContext::SetGetSessionIdFunction({});
-        CoreThreadContext::SetGetSessionObjectsInterfaceFunction({});
-    }
+
+    DefaultHooks const m_hooks;
 };
 
 void ExpectSession(TUUID const& id)

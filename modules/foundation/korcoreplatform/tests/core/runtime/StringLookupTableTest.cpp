@@ -2,8 +2,6 @@
 
 #include "korcoreplatform/tests/support/KorTest.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 TEST(StringLookupTableTest, TextsAreFoundByTheWholeKey)

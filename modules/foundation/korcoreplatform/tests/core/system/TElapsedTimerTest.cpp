@@ -1,9 +1,6 @@
 #include "korcoreplatform/main/core/system/TElapsedTimer.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <cstdlib>
+#include "korcoreplatform/tests/support/KorTest.h"
 
 namespace {
 

@@ -2,10 +2,6 @@
 
 #include "korcoreplatform/tests/support/KorTest.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 namespace {
 
 TEST(TEnvironmentTest, HoldsVariablesAsQtsTypeDoes)

@@ -2,25 +2,14 @@
 
 #include "korcoreplatform/tests/support/ChildProcess.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "korsys/tests/support/Threads.h"
 
 #include <atomic>
-#include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <thread>
-#include <vector>
+#include <tuple>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -33,11 +22,6 @@ constexpr int kEnoughMs = 700; ///< For a script to reach its wait, and to end.
 TProcessLaunch Shell(TString const& script)
 {
     return TProcessLaunch(u"/bin/sh", {u"-c", script});
-}
-
-bool IsChildless()
-{
-    return ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
 }
 
 /// Nothing is left behind by any test.
@@ -63,10 +47,8 @@ TEST_F(TProcessLaunchTest, TellsHowTheProgramEndedAndWhatItWrote)
         int line;
         char16_t const* script;
         End end;
-        int exitCode;
-        int signal;
-        std::string output;
-        std::string errorOutput;
+        int exitCode, signal;
+        std::string output, errorOutput;
     };
     std::string const large(300000, 'x'); // far more than a pipe holds
     Case const cases[] = {
@@ -113,14 +95,7 @@ TEST_F(TProcessLaunchTest, TellsWhyNothingWasStarted)
     }
     TString const zero(u"a\0b", 3);
     TProcessLaunch const touch(u"/bin/touch", {m_folder / u"started"});
-    struct Case
-    {
-        int line;
-        TProcessLaunch launch;
-        Failure failure;
-        int error;
-    };
-    Case const cases[] = {
+    std::tuple<int, TProcessLaunch, Failure, int> const cases[] = {
         {__LINE__, TProcessLaunch(m_folder / u"none"), Failure::Program, ENOENT},
         {__LINE__, TProcessLaunch(u"no-such-program-anywhere"), Failure::Program, ENOENT},
         {__LINE__, TProcessLaunch(u""), Failure::Program, ENOENT},
@@ -149,12 +124,12 @@ TEST_F(TProcessLaunchTest, TellsWhyNothingWasStarted)
         {__LINE__, TProcessLaunch(touch).Variable(zero, u"1"), Failure::Request, EINVAL},
         {__LINE__, TProcessLaunch(touch).Variable(u"A", zero), Failure::Request, EINVAL},
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        Result const result = c.launch.Run();
+    for (auto const& [line, launch, failure, error] : cases) {
+        SCOPED_TRACE(line);
+        Result const result = launch.Run();
         EXPECT_EQ(result.end, End::NotStarted);
-        EXPECT_EQ(result.failure, c.failure);
-        EXPECT_EQ(result.error, c.error);
+        EXPECT_EQ(result.failure, failure);
+        EXPECT_EQ(result.error, error);
         EXPECT_EQ(result.pid, -1);
         EXPECT_TRUE(IsChildless());
         EXPECT_FALSE(std::filesystem::exists(m_folder.Native("started")));
@@ -200,13 +175,7 @@ TEST_F(TProcessLaunchTest, InputIsReadWhollyPartlyOrNotAtAll)
         large += std::to_string(i);
     }
     m_folder.Write("file", "from a file");
-    struct Case
-    {
-        int line;
-        TProcessLaunch launch;
-        std::string output;
-    };
-    Case const cases[] = {
+    std::tuple<int, TProcessLaunch, std::string> const cases[] = {
         {__LINE__, TProcessLaunch(u"cat"), ""},
         {__LINE__, TProcessLaunch(u"cat").InputBytes(""), ""},
         {__LINE__, TProcessLaunch(u"cat").InputText(u"\xE4"), "\xC3\xA4"},
@@ -217,11 +186,11 @@ TEST_F(TProcessLaunchTest, InputIsReadWhollyPartlyOrNotAtAll)
         {__LINE__, Shell(u"exec <&-; echo on; sleep 0.1; echo end").InputBytes(large), "on\nend\n"},
         {__LINE__, Shell(u"sleep 600 <&0 & head -c 3").InputBytes(large), "012"},
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        Result const result = c.launch.Run();
+    for (auto const& [line, launch, output] : cases) {
+        SCOPED_TRACE(line);
+        Result const result = launch.Run();
         EXPECT_TRUE(result.Succeeded());
-        EXPECT_TRUE(result.output == c.output) << result.output.size();
+        EXPECT_TRUE(result.output == output) << result.output.size();
         ::kill(-result.pid, SIGKILL);
     }
 }
@@ -258,8 +227,7 @@ TEST_F(TProcessLaunchTest, TheDeadlineEndsTheWholeGroup)
     {
         int line;
         char16_t const* script;
-        int exitCode;
-        int signal;
+        int exitCode, signal;
         char const* output;
         bool isOwnGroup = true;
     };
@@ -313,24 +281,18 @@ std::string ListOtherwise()
 TEST_F(TProcessLaunchTest, DescriptorsStayOutOfTheChildrenOfOtherThreads)
 {
     std::atomic<bool> isOver = false;
-    std::thread opener([&isOver, usual = ListOtherwise()] {
-        while (!isOver) {
+    OnThreads(3, [&isOver, usual = ListOtherwise()](unsigned thread) {
+        for (int i = 0; thread != 0 && i != 50; ++i) {
+            EXPECT_EQ(TProcessLaunch(u"ls", {u"/dev/fd"}).Run().output, "0\n1\n2\n3\n");
+        }
+        while (thread == 0 && !isOver) {
             EXPECT_EQ(ListOtherwise(), usual);
             for (int i = 0; i != 1000; ++i) {
                 ::close(::open("/dev/null", O_RDONLY)); // inherited where nobody takes care
             }
         }
+        isOver = true;
     });
-    auto const launchOften = [] {
-        for (int i = 0; i != 50; ++i) {
-            EXPECT_EQ(TProcessLaunch(u"ls", {u"/dev/fd"}).Run().output, "0\n1\n2\n3\n");
-        }
-    };
-    std::thread other(launchOften);
-    launchOften();
-    other.join();
-    isOver = true;
-    opener.join();
 }
 
 // Each case is a role of this program, launched with signals blocked and ignored: 0 is what is

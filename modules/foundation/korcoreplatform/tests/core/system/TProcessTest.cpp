@@ -1,39 +1,22 @@
 #include "korcoreplatform/main/core/system/TProcess.h"
 
-#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/system/TEnvironment.h"
 #include "korcoreplatform/main/core/system/TProcessLaunch.h"
 #include "korcoreplatform/main/core/system/TSystem.h"
+#include "korcoreplatform/tests/support/ChildProcess.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
+#include "korsys/tests/support/Threads.h"
 
 #include <QProcess>
 #include <QStringList>
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cerrno>
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <functional>
-#include <sstream>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/time.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
 using Texts = std::vector<TString>;
-
-constexpr int kEnoughMs = 60000; // for waits that end early unless something is broken
 
 TPath const kShell(u"/bin/sh");
 
@@ -43,16 +26,11 @@ int ExitCodeOf(int pid)
     return ::waitpid(pid, &status, 0) == pid && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-bool HasNoChild()
-{
-    return ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
-}
-
 /// What the process gives on its current read channel.
 std::string Output(TProcess& process, TString const& script)
 {
     process.Start(kShell, {u"-c", script});
-    EXPECT_TRUE(process.WaitUntilExited(kEnoughMs));
+    EXPECT_TRUE(process.WaitUntilExited(kLongMs));
     std::vector<char> const bytes = process.ReadAll();
     return std::string(bytes.begin(), bytes.end());
 }
@@ -64,7 +42,7 @@ std::string Output(TProcess& process, TString const& script)
     // Registered first, so it runs after what waits, and may still spawn.
     std::atexit([] {
         TProcess::Spawn(kShell, {u"-c", u":"}, nullptr, nullptr);
-        std::fputs(HasNoChild() ? "no child" : "a child is left", stderr);
+        std::fputs(IsChildless() ? "no child" : "a child is left", stderr);
     });
     Texts const slow = {u"-c", u"sleep 0.3; printf 'slow, ' >&2"};
     int pid = 0;
@@ -112,11 +90,11 @@ TEST(TProcessTest, RunWithOutputTellsEveryEndAndLeavesNothingBehind)
         SCOPED_TRACE(TString(c.script));
         TString output(u"before");
         int exitCode = -7;
-        int const timeoutMs = c.result == TProcess::TimedOut ? 300 : kEnoughMs;
+        int const timeoutMs = c.result == TProcess::TimedOut ? 300 : kLongMs;
         Texts const arguments = {u"-c", c.script};
         EXPECT_EQ(TProcess::RunWithOutput(TPath(c.program), arguments, output, exitCode, timeoutMs),
                   c.result);
-        EXPECT_TRUE(output == c.output && exitCode == c.exitCode && HasNoChild()) << exitCode;
+        EXPECT_TRUE(output == c.output && exitCode == c.exitCode && IsChildless()) << exitCode;
         descriptors = descriptors == 0 ? CountOpenDescriptors() : descriptors;
         EXPECT_EQ(CountOpenDescriptors(), descriptors); // what the first run opened stays
     }
@@ -147,7 +125,7 @@ TEST(TProcessTest, EveryWayToStartPassesArgumentsUnchanged)
         all = {u"-c", script, TString(folder / u"file")};
         all.insert(all.end(), arguments.begin(), arguments.end());
         ASSERT_TRUE(launch());
-        for (int ms = 0; ms != kEnoughMs && folder.Read("file") == "(missing)"; ++ms) {
+        for (int ms = 0; ms != kLongMs && folder.Read("file") == "(missing)"; ++ms) {
             ::usleep(1000);
         }
         EXPECT_TRUE(folder.Read("file") == expected.toStdString());
@@ -161,7 +139,7 @@ TEST(TProcessTest, IsAStreamOfTheChildsStandardStreams)
     EXPECT_TRUE(process.WaitUntilStarted() && process.IsOpen());
     EXPECT_EQ(process.Write("abcdef", 3), 3);
     process.CloseWriteChannel();
-    EXPECT_TRUE(process.WaitUntilExited(kEnoughMs));
+    EXPECT_TRUE(process.WaitUntilExited(kLongMs));
     char bytes[9] = {};
     EXPECT_TRUE(process.Size() == 3 && !process.AtEnd() && process.Read(bytes, 9) == 3);
     EXPECT_STREQ(bytes, "abc");
@@ -173,13 +151,13 @@ TEST(TProcessTest, IsAStreamOfTheChildsStandardStreams)
         auto const pid = static_cast<unsigned int>(process.PID());
         EXPECT_TRUE(TProcess::IsProcessRunning(pid) && !process.WaitUntilExited(0));
         signal == SIGKILL ? process.Kill() : process.Terminate();
-        EXPECT_TRUE(process.WaitUntilExited(kEnoughMs) && !TProcess::IsProcessRunning(pid));
+        EXPECT_TRUE(process.WaitUntilExited(kLongMs) && !TProcess::IsProcessRunning(pid));
         EXPECT_TRUE(process.ExitStatus() == TProcess::CrashExit && process.ExitCode() == signal);
         EXPECT_EQ(process.Error(), TProcess::Crashed);
     }
     process.Start(TPath(u"sleep"), {u"60"});
     process.Close();
-    EXPECT_TRUE(!process.IsOpen() && HasNoChild());
+    EXPECT_TRUE(!process.IsOpen() && IsChildless());
 }
 
 TEST(TProcessTest, StreamsDirectoryAndVariablesAreChosen)
@@ -239,7 +217,7 @@ TEST(TProcessTest, FailuresToStartAreReported)
         EXPECT_TRUE(!TProcess::Spawn(program, Texts(), &pid, nullptr) && pid == -1);
     }
     EXPECT_EQ(TProcess::Execute(kShell, {u"-c", u"kill -9 $$"}), -1);
-    EXPECT_TRUE(HasNoChild());
+    EXPECT_TRUE(IsChildless());
 }
 
 TEST(TProcessTest, ASpawnedChildHasThreeStreamsAndTheGivenVariables)
@@ -287,19 +265,19 @@ TEST(TProcessTest, DescriptorsAreMarkedEvenWhenNoneIsLeft)
 TEST(TProcessTest, VariablesChangeWhileProcessesAreStarted)
 {
     std::atomic<bool> isOver{false};
-    std::thread changing([&isOver] {
-        for (int i = 0; !isOver; ++i) {
+    OnThreads(2, [&isOver](unsigned thread) {
+        for (int i = 0; thread == 0 && !isOver; ++i) {
             TSystem::SetEnvironmentBool(u"KOR_TEST_" + TString::number(i % 3000), true);
         }
+        for (int i = 0; thread != 0 && i != 50; ++i) {
+            int pid = 0;
+            EXPECT_TRUE(TProcess::Spawn(kShell, {u"-c", u":"}, &pid, nullptr) &&
+                        ExitCodeOf(pid) == 0);
+            EXPECT_FALSE(TEnvironment::myEnvironment().isEmpty());
+            EXPECT_TRUE(TProcessLaunch(TPath(u"true")).Run().Succeeded());
+        }
+        isOver = true;
     });
-    for (int i = 0; i != 50; ++i) {
-        int pid = 0;
-        EXPECT_TRUE(TProcess::Spawn(kShell, {u"-c", u":"}, &pid, nullptr) && ExitCodeOf(pid) == 0);
-        EXPECT_FALSE(TEnvironment::myEnvironment().isEmpty());
-        EXPECT_TRUE(TProcessLaunch(TPath(u"true")).Run().Succeeded());
-    }
-    isOver = true;
-    changing.join();
 }
 
 TEST(TProcessTest, ErrorsAreWrittenByName)

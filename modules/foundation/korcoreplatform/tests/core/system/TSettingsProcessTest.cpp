@@ -6,10 +6,8 @@
 
 #include <QColor>
 
-#include <csignal>
 #include <iostream>
 #include <limits>
-#include <stdexcept>
 
 #include <sys/resource.h>
 
@@ -182,8 +180,7 @@ TEST_F(TSettingsTest, ObjectsStandInTheirFileAndGroup)
     {
         int line;
         S const& settings;
-        char const* file;
-        char const* group;
+        char const *file, *group;
     };
     Case const cases[] = {
         {__LINE__, S(S::Debug), kFile, "Debug"},

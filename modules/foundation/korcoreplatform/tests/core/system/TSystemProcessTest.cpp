@@ -1,13 +1,6 @@
 #include "korcoreplatform/main/core/system/TSystem.h"
 
 #include "korcoreplatform/tests/support/KorTest.h"
-#include "korsys/main/error/LogicException.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <functional>
-#include <string>
 
 namespace {
 
@@ -15,28 +8,14 @@ constexpr char kNotAllowed[] =
     "Setting environment variable 'B' not allowed in this code path. For product code, initialize "
     "at startup and for tests add to exceptions.";
 
-/// Expects the assertion at a line of the place that all of them report.
-void ExpectAssert(int line, std::string const& number, std::string const& text,
-                  std::function<void()> const& run)
-{
-    std::string const id = "LogicException_LogicAssert_" + number;
-    EXPECT_KOR_ERROR(run(), LogicException, id);
-    std::string const message = "Internal error in file \"modules/foundation/korcoreplatform/main/"
-                                "core/TSystem\" at line " +
-                                std::to_string(line) + ": " + text;
-    try {
-        run();
-    } catch (LogicException const& e) {
-        EXPECT_EQ(e.what(), message);
-    }
-}
+constexpr char kPlace[] = "core/TSystem";
 
 TEST(TSystemProcessTest, AfterTheStartUpOnlyExceptedVariablesChange)
 {
     auto const endWithoutExceptions = [] {
         TSystem::DoneInitializingEnvironmentVariables();
-        ExpectAssert(176, "0x7993B488", kNotAllowed,
-                     [] { TSystem::SetEnvironmentBool(u"B", true); });
+        EXPECT_KOR_ASSERT(TSystem::SetEnvironmentBool(u"B", true), "0x7993B488", kPlace, 176,
+                          kNotAllowed);
         std::_Exit(testing::Test::HasFailure() ? 1 : 0);
     };
     EXPECT_EXIT(endWithoutExceptions(), testing::ExitedWithCode(0), "");
@@ -50,18 +29,17 @@ TEST(TSystemProcessTest, AfterTheStartUpOnlyExceptedVariablesChange)
     TSystem::SetEnvironmentString(u"B", u"kept");
     TSystem::DoneInitializingEnvironmentVariablesExcept({u"A"});
     TSystem::SetEnvironmentString(u"A", most);
-    ExpectAssert(186, "0xCC3C06F5",
-                 "Cannot set environment variable 'A' to '" + tooLong.toStdString() +
-                     "' because the value is too long.  Pick a shorter value or increase the "
-                     "placeholder length.",
-                 [&] { TSystem::SetEnvironmentString(u"A", tooLong); });
+    EXPECT_KOR_ASSERT(TSystem::SetEnvironmentString(u"A", tooLong), "0xCC3C06F5", kPlace, 186,
+                      "Cannot set environment variable 'A' to '" + tooLong.toStdString() +
+                          "' because the value is too long.  Pick a shorter value or increase the "
+                          "placeholder length.");
     EXPECT_EQ(std::getenv("A"), most.toStdString());
     TSystem::UnsetEnvironment(u"A");
     EXPECT_EQ(std::getenv("A"), nullptr);
-    ExpectAssert(176, "0x7993B488", kNotAllowed,
-                 [&] { TSystem::SetEnvironmentString(u"B", tooLong); });
-    ExpectAssert(198, "0xFF647F10", "*GetEnvironmentVariableInitializationAllowedFlag()",
-                 [] { TSystem::UnsetEnvironment(u"B"); });
+    EXPECT_KOR_ASSERT(TSystem::SetEnvironmentString(u"B", tooLong), "0x7993B488", kPlace, 176,
+                      kNotAllowed);
+    EXPECT_KOR_ASSERT(TSystem::UnsetEnvironment(u"B"), "0xFF647F10", kPlace, 198,
+                      "*GetEnvironmentVariableInitializationAllowedFlag()");
     EXPECT_STREQ(std::getenv("B"), "kept");
     TSystem::DoneInitializingEnvironmentVariablesExcept({u"B"});
     TSystem::SetEnvironmentBool(u"A", false);

@@ -5,11 +5,6 @@
 #include "korcoreplatform/main/core/system/TSystem_p.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <string>
-
 namespace {
 
 TString TextOf(char const* script)
