@@ -238,36 +238,54 @@ bool IsAsciiSse2(char16_t const* text, std::size_t n)
     return n - i < kBlockUnits && kScalarKernels.isAsciiUnits(text + i, n - i);
 }
 
+// The end of a text is sought in whole cache lines, which never touch a page that the text does
+// not, but may begin before the text and end behind it. Sanitizers must not watch that.
+#define KOR_READS_LINES __attribute__((no_sanitize_address, no_sanitize_thread))
+
+/// Which units of a block are zero.
+KOR_READS_LINES inline __m128i ZerosOf(__m128i const* block)
+{
+    return _mm_cmpeq_epi16(*block, _mm_setzero_si128());
+}
+
+/// A bit for each unit of a line that is zero, the first unit's lowest.
+KOR_READS_LINES inline unsigned ZerosOfLine(__m128i const* line)
+{
+    auto const low = _mm_packs_epi16(ZerosOf(line), ZerosOf(line + 1));
+    auto const high = _mm_packs_epi16(ZerosOf(line + 2), ZerosOf(line + 3));
+    return static_cast<unsigned>(_mm_movemask_epi8(low)) |
+           static_cast<unsigned>(_mm_movemask_epi8(high)) << 16;
+}
+
+KOR_READS_LINES inline bool HasZero(__m128i const* line)
+{
+    __m128i const any = _mm_or_si128(_mm_or_si128(ZerosOf(line), ZerosOf(line + 1)),
+                                     _mm_or_si128(ZerosOf(line + 2), ZerosOf(line + 3)));
+    return _mm_movemask_epi8(any) != 0;
+}
+
 } // namespace
 
-/// Reads whole cache lines, which never touch a page that the text does not, but may begin before
-/// the text and end behind it. Wider registers are not faster.
-__attribute__((no_sanitize_address, no_sanitize_thread)) std::size_t
-Length(char16_t const* zeroTerminated)
+/// Wider registers are not faster.
+KOR_READS_LINES std::size_t Length(char16_t const* zeroTerminated)
 {
     constexpr std::size_t kLine = 4 * kBlock;
     auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
-    auto const* line = reinterpret_cast<__m128i const*>(address - address % kLine);
-    auto const zeros = [&line](int block) {
-        return _mm_cmpeq_epi16(line[block], _mm_setzero_si128());
-    };
-    auto const bits = [](__m128i low, __m128i high) { // a bit a unit
-        return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
-    };
-    auto const found = [&] { return bits(zeros(0), zeros(1)) | bits(zeros(2), zeros(3)) << 16; };
-
     std::size_t const before = address % kLine / sizeof(char16_t);
-    unsigned const first = found() >> before;
+    auto const* const firstLine = reinterpret_cast<__m128i const*>(address - address % kLine);
+    unsigned const first = ZerosOfLine(firstLine) >> before;
     if (first != 0) {
         return static_cast<std::size_t>(__builtin_ctz(first));
     }
+    auto const* line = firstLine;
     do {
         line += kLine / kBlock;
-    } while (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(zeros(0), zeros(1)),
-                                            _mm_or_si128(zeros(2), zeros(3)))) == 0);
-    std::size_t const lines = reinterpret_cast<std::uintptr_t>(line) - (address - address % kLine);
-    return lines / sizeof(char16_t) - before + static_cast<std::size_t>(__builtin_ctz(found()));
+    } while (!HasZero(line));
+    auto const units = static_cast<std::size_t>(line - firstLine) * kBlockUnits;
+    return units - before + static_cast<std::size_t>(__builtin_ctz(ZerosOfLine(line)));
 }
+
+#undef KOR_READS_LINES
 
 Kernels const kSse2Kernels = {
     "SSE2",         CountUtf16Sse2,  DecodeUtf8Sse2, DecodeAsciiSse2,   CountUtf8Sse2,
