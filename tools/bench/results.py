@@ -3,8 +3,9 @@
 Each round has its own ratio of ours to the peer's: both ran right after each other, so that the
 machine was equally fast for them. The ratio of a row is their median, and its noise the range of
 their middle half. A row is "at the mark" when the mark lies within that noise: this run cannot tell
-on which side. Where a row falls short and the limit does, too, the verdict tells by how much. Between two runs a machine drifts more than within one, so a ratio has moved only when
-the ranges of all rounds do not meet.
+on which side. Where a row falls short and the limit does, too, the verdict tells by how much.
+Between two runs a machine drifts more than within one, so a ratio has moved only when the ranges of
+all rounds do not meet.
 """
 
 import math
