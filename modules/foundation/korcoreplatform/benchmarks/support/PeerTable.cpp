@@ -112,6 +112,7 @@ bool TakeArguments(std::string program, std::vector<std::string> const& argument
                                     "--benchmark_min_time=0.01"};
     all.insert(all.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(all.size());
     for (std::string& argument : all) {
         pointers.push_back(argument.data());
     }
