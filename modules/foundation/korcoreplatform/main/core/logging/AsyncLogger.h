@@ -30,7 +30,7 @@ enum class LogItemKind : std::uint8_t;
 /// the destructor neither waits nor writes. The child sets a logger of its own.
 ///
 /// Thread safety: every operation may be called from any thread.
-class KORCOREPLATFORM_EXPORT AsyncLogger : public Logger
+class KORCOREPLATFORM_EXPORT __attribute__((aligned(64))) AsyncLogger : public Logger
 {
 public:
     class Impl;

@@ -21,7 +21,14 @@ inline void PrefetchForReading(void const* begin, std::size_t count) noexcept
 inline void PrefetchForWriting(void const* begin, std::size_t count) noexcept
 {
     for (std::size_t i = 0; i != count; ++i) {
-        __builtin_prefetch(static_cast<char const*>(begin) + i * kBytes, 1);
+        char const* const line = static_cast<char const*>(begin) + i * kBytes;
+#if defined(__x86_64__)
+        // The builtin only reads unless newer processors are compiled for; the first store then
+        // still waits until the other processor has given up its copy.
+        __asm__ volatile("prefetchw (%0)" ::"r"(line));
+#else
+        __builtin_prefetch(line, 1);
+#endif
     }
 }
 

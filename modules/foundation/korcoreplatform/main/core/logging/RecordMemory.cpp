@@ -20,7 +20,7 @@ constexpr std::size_t kBytes[kSizes] = {RecordMemory::kSmallBytes, RecordMemory:
 constexpr std::size_t kChunkBytes = 256 << 10; ///< Mapped at a time, and aligned to that.
 constexpr int kBatchBlocks = 64;               ///< What threads and the pool hand to each other.
 constexpr std::size_t kKeptBytes = 4 << 20;    ///< What `Trim` leaves of a size.
-constexpr std::size_t kPrefetchedLines = 3;    ///< Of a block: a record and the head of its text.
+constexpr std::size_t kPrefetchedLines = 4;    ///< Of a block: a record and the head of its text.
 
 int SizeOf(std::size_t bytes)
 {
