@@ -85,7 +85,8 @@ private:
     static Slot s_slots[kSlots];
     static std::atomic<std::size_t> s_usedSlots; ///< Those from this one on were never taken.
     static Slot s_noSlot; ///< Of threads that came when all were taken, or that are ending.
-    inline static thread_local Slot* t_slot = nullptr; ///< Null until the thread reads.
+    [[gnu::tls_model("initial-exec")]] inline static thread_local Slot* t_slot =
+        nullptr; ///< Null until the thread reads.
 
     std::atomic<bool> m_isWriting{false};
     TReadWriteLock m_mutex; ///< Held by the writer.

@@ -9,6 +9,8 @@
 #include <QtEndian>
 #include <tbb/concurrent_hash_map.h>
 
+#include <atomic>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -32,16 +34,104 @@ Interface StoreOf(TUUID const& id, int line, KorvelError (*makeError)())
     return interface;
 }
 
+class LastSession;
+
+[[gnu::tls_model("initial-exec")]] thread_local LastSession* t_last = nullptr;
+thread_local bool t_isThreadOver = false;
+
+/// The session that a thread looked up last. Most threads work for one session for a while; they
+/// find it again without a lock.
+class LastSession
+{
+public:
+    LastSession(LastSession const&) = delete;
+    LastSession& operator=(LastSession const&) = delete;
+    ~LastSession()
+    {
+        t_last = nullptr;
+        t_isThreadOver = true; // what is looked up even later goes without
+    }
+
+    /// Null when the thread is ending.
+    static LastSession* OfThread() { return t_last != nullptr ? t_last : Make(); }
+
+    /// Null when the map, in that state of it, was asked for another one, or has to be asked again.
+    Interface Find(std::uint64_t state, TUUID const& id) const
+    {
+        if (!IsAbout(state, id) || m_store.expired()) {
+            return nullptr;
+        }
+        try {
+            return Interface(
+                m_store); // `lock` reads its count once more, which takes as long again
+        } catch (std::bad_weak_ptr const&) { // expired in between
+            return nullptr;
+        }
+    }
+
+    /// Takes down what the map answered. The store is kept from the second time on: who asks for
+    /// several sessions in turn pays nothing for it.
+    void Note(std::uint64_t state, TUUID const& id, Interface const& store)
+    {
+        if (IsAbout(state, id)) {
+            m_store = store;
+        } else {
+            m_state = state;
+            m_id = id;
+            m_store.reset();
+        }
+    }
+
+private:
+    LastSession() noexcept { t_last = this; }
+
+    static LastSession* Make()
+    {
+        if (!t_isThreadOver) {
+            static thread_local LastSession const t_theLast;
+        }
+        return t_last;
+    }
+
+    bool IsAbout(std::uint64_t state, TUUID const& id) const noexcept
+    {
+        return m_state == state && m_id == id;
+    }
+
+    std::uint64_t m_state = 0; ///< Of the map, before it was asked.
+    TUUID m_id;
+    std::weak_ptr<ISessionObjects> m_store; ///< Deleting a session destroys its store in time.
+};
+
+/// A number above 0 that nobody got before.
+std::uint64_t NewState() noexcept
+{
+    static std::atomic<std::uint64_t> s_last{0};
+    return s_last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
 } // namespace
 
 struct SessionObjectsMap::Sessions
 {
     using Map = tbb::concurrent_hash_map<TUUID, Interface, TUUIDHashCompare>;
 
+    Interface Find(TUUID const& id)
+    {
+        ReadMostlyLock::ReadGuard const reading(lock);
+        Map::const_accessor found;
+        return map.find(found, id) ? found->second : nullptr;
+    }
+
+    /// To be called when sessions were deleted, before the deleting function returns: from then on
+    /// nobody finds them again.
+    void ForgetLast() noexcept { state.store(NewState(), std::memory_order_release); }
+
     /// Held for reading by every operation, as they go on at the same time; for writing by the one
     /// that the map itself does not let others go on with.
     ReadMostlyLock lock;
     Map map; ///< A null store is not attached yet.
+    std::atomic<std::uint64_t> state{NewState()};
 };
 
 std::size_t SessionObjectsMap::TUUIDHashCompare::hash(TUUID const& id) noexcept
@@ -73,6 +163,7 @@ void SessionObjectsMap::Clear()
     Sessions::Map removed; // destroyed behind the lock, as wherever stores are dropped
     ReadMostlyLock::WriteGuard const writing(m_sessions->lock);
     m_sessions->map.swap(removed);
+    m_sessions->ForgetLast();
 }
 
 TUUID SessionObjectsMap::CreateSessionObjects()
@@ -100,14 +191,23 @@ void SessionObjectsMap::DeleteSessionObjects(TUUID const& id)
     if (m_sessions->map.find(found, id)) {
         removed.swap(found->second);
         m_sessions->map.erase(found);
+        m_sessions->ForgetLast();
     }
 }
 
 Interface SessionObjectsMap::GetSessionObjectsInterface(TUUID const& id) const
 {
-    ReadMostlyLock::ReadGuard const reading(m_sessions->lock);
-    Sessions::Map::const_accessor found;
-    return m_sessions->map.find(found, id) ? found->second : nullptr;
+    std::uint64_t const state = m_sessions->state.load(std::memory_order_acquire);
+    LastSession* const last = LastSession::OfThread();
+    if (last == nullptr) {
+        return m_sessions->Find(id);
+    }
+    Interface store = last->Find(state, id);
+    if (store == nullptr) {
+        store = m_sessions->Find(id);
+        last->Note(state, id, store);
+    }
+    return store;
 }
 
 void SessionObjectsMap::SetSessionObjectsInterface(TUUID const& id, Interface interface)

@@ -20,8 +20,9 @@ class ISessionObjects;
 ///
 /// Ownership: the map shares each store with everybody who gets it. A store outlives the deletion
 /// of its session while somebody uses it.
-/// Thread safety: safe from any thread; an operation locks the entry that it is about. Stores are
-/// called and destroyed outside the locks, so that they may use the map.
+/// Thread safety: safe from any thread; an operation locks the entry that it is about. A thread
+/// finds the session that it asked for again and again without a lock. Stores are called and
+/// destroyed outside the locks, so that they may use the map.
 class KORCOREPLATFORM_EXPORT SessionObjectsMap
 {
 public:

@@ -8,6 +8,7 @@
 #include <QUuid>
 
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <vector>
 
@@ -47,8 +48,12 @@ public:
 
     bool IsNull() const noexcept { return m_uuid.isNull(); }
 
-    bool operator==(TUUID const& other) const noexcept { return m_uuid == other.m_uuid; }
-    bool operator!=(TUUID const& other) const noexcept { return m_uuid != other.m_uuid; }
+    bool operator==(TUUID const& other) const noexcept
+    {
+        static_assert(sizeof(QUuid) == 16, "nothing but the fields, so they are compared at once");
+        return std::memcmp(&m_uuid, &other.m_uuid, sizeof(m_uuid)) == 0;
+    }
+    bool operator!=(TUUID const& other) const noexcept { return !(*this == other); }
     bool operator<(TUUID const& other) const noexcept { return m_uuid < other.m_uuid; }
     bool operator>(TUUID const& other) const noexcept { return m_uuid > other.m_uuid; }
     bool operator<=(TUUID const& other) const noexcept { return !(*this > other); }

@@ -75,7 +75,15 @@ TEST(SessionObjectStoreTest, AStoreIsAttachedOnceAndOutlivesItsSession)
     EXPECT_KOR_ASSERT(attach(TUUID()), "0x0AAE8A7B", kPlace, 212, "found");
     EXPECT_EQ(SessionObjectsMap::Get().GetSessionObjectsInterface(id), nullptr);
 
-    std::shared_ptr<ISessionObjects> held = map.GetSessionObjectsInterface(id);
+    std::shared_ptr<ISessionObjects> held;
+    for (int i = 0; i < 3; ++i) { // from the second time on, the thread remembers it
+        held = map.GetSessionObjectsInterface(id);
+        ASSERT_NE(held, nullptr);
+    }
+    EXPECT_EQ(SessionObjectsMap().GetSessionObjectsInterface(id), nullptr);
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(map.GetSessionObjectsInterface(id), held);
+    }
     std::weak_ptr<ISessionObjects> const store = held;
     map.DeleteSessionObjects(id);
     EXPECT_EQ(map.GetSessionObjectsInterface(id), nullptr);
@@ -202,11 +210,16 @@ TEST(SessionObjectStoreTest, ClearingDeletesEverySession)
 {
     SessionObjectsMap map;
     auto const objects = std::make_shared<SessionObjects>();
+    TUUID id;
     for (int i = 0; i < 500; ++i) {
-        map.SetSessionObjectsInterface(map.CreateSessionObjects(), objects);
+        map.SetSessionObjectsInterface(id = map.CreateSessionObjects(), objects);
+    }
+    for (int i = 0; i < 3; ++i) { // from the second time on, the thread remembers it
+        EXPECT_EQ(map.GetSessionObjectsInterface(id), objects);
     }
     std::thread creator([&map] { map.DeleteSessionObjects(map.CreateSessionObjects()); });
     map.Clear();
+    EXPECT_EQ(map.GetSessionObjectsInterface(id), nullptr);
     creator.join();
     EXPECT_EQ(objects.use_count(), 1);
 }
