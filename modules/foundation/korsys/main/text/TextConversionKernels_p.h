@@ -42,7 +42,18 @@ struct Kernels
     bool (*utf16ToLatin1)(char16_t const* from, std::size_t n, char* to);
     bool (*isAsciiBytes)(char const* text, std::size_t n);
     bool (*isAsciiUnits)(char16_t const* text, std::size_t n);
+
+    /// The number of units before the first zero unit. Requires: the text begins a cache line.
+    std::size_t (*lengthOfLines)(char16_t const* zeroTerminated);
 };
+
+/// How the versions that seek a zero by whole cache lines are marked. A line never touches a page
+/// that the text does not, but may begin before the text and end behind it, which sanitizers must
+/// not watch.
+#define KOR_READS_LINES __attribute__((no_sanitize_address, no_sanitize_thread))
+
+constexpr std::size_t kLineBytes = 64;
+constexpr std::size_t kLineUnits = kLineBytes / sizeof(char16_t);
 
 /// The fastest version that this processor runs.
 Kernels const& BestKernels();

@@ -2,6 +2,8 @@
 
 #include "korsys/main/text/TextConversionKernels_p.h"
 
+#include <string>
+
 namespace TextConversion {
 namespace {
 
@@ -164,12 +166,27 @@ bool IsAsciiScalar(char16_t const* text, std::size_t n)
     return seen < 0x80;
 }
 
+std::size_t LengthScalar(char16_t const* zeroTerminated)
+{
+    return std::char_traits<char16_t>::length(zeroTerminated);
+}
+
 } // namespace
 
 Kernels const kScalarKernels = {
-    "scalar",         CountUtf16Scalar,  DecodeUtf8Scalar, DecodeAsciiScalar,   CountUtf8Scalar,
-    EncodeUtf8Scalar, EncodeAsciiScalar, CountPairsScalar, Latin1ToUtf16Scalar, Utf16ToLatin1Scalar,
-    IsAsciiScalar,    IsAsciiScalar,
+    "scalar",
+    CountUtf16Scalar,
+    DecodeUtf8Scalar,
+    DecodeAsciiScalar,
+    CountUtf8Scalar,
+    EncodeUtf8Scalar,
+    EncodeAsciiScalar,
+    CountPairsScalar,
+    Latin1ToUtf16Scalar,
+    Utf16ToLatin1Scalar,
+    IsAsciiScalar,
+    IsAsciiScalar,
+    LengthScalar,
 };
 
 } // namespace TextConversion

@@ -238,10 +238,6 @@ bool IsAsciiSse2(char16_t const* text, std::size_t n)
     return n - i < kBlockUnits && kScalarKernels.isAsciiUnits(text + i, n - i);
 }
 
-// The end of a text is sought in whole cache lines, which never touch a page that the text does
-// not, but may begin before the text and end behind it. Sanitizers must not watch that.
-#define KOR_READS_LINES __attribute__((no_sanitize_address, no_sanitize_thread))
-
 /// Which units of a block are zero.
 KOR_READS_LINES inline __m128i ZerosOf(__m128i const* block)
 {
@@ -264,33 +260,36 @@ KOR_READS_LINES inline bool HasZero(__m128i const* line)
     return _mm_movemask_epi8(any) != 0;
 }
 
-} // namespace
-
-/// Wider registers are not faster.
-KOR_READS_LINES std::size_t Length(char16_t const* zeroTerminated)
+KOR_READS_LINES std::size_t LengthOfLinesSse2(char16_t const* zeroTerminated)
 {
-    constexpr std::size_t kLine = 4 * kBlock;
-    auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
-    std::size_t const before = address % kLine / sizeof(char16_t);
-    auto const* const firstLine = reinterpret_cast<__m128i const*>(address - address % kLine);
-    unsigned const first = ZerosOfLine(firstLine) >> before;
-    if (first != 0) {
-        return static_cast<std::size_t>(__builtin_ctz(first));
-    }
+    auto const* const firstLine = reinterpret_cast<__m128i const*>(zeroTerminated);
     auto const* line = firstLine;
-    do {
-        line += kLine / kBlock;
-    } while (!HasZero(line));
+    while (!HasZero(line)) {
+        line += kLineBytes / kBlock;
+    }
     auto const units = static_cast<std::size_t>(line - firstLine) * kBlockUnits;
-    return units - before + static_cast<std::size_t>(__builtin_ctz(ZerosOfLine(line)));
+    return units + static_cast<std::size_t>(__builtin_ctz(ZerosOfLine(line)));
 }
 
-#undef KOR_READS_LINES
+} // namespace
+
+/// Short texts end in their first line, where wider registers would bring nothing.
+KOR_READS_LINES std::size_t Length(char16_t const* zeroTerminated)
+{
+    auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
+    std::size_t const before = address % kLineBytes / sizeof(char16_t);
+    auto const* const line = reinterpret_cast<char16_t const*>(address - address % kLineBytes);
+    unsigned const zeros = ZerosOfLine(reinterpret_cast<__m128i const*>(line)) >> before;
+    if (zeros != 0) {
+        return static_cast<std::size_t>(__builtin_ctz(zeros));
+    }
+    return kLineUnits - before + BestKernels().lengthOfLines(line + kLineUnits);
+}
 
 Kernels const kSse2Kernels = {
-    "SSE2",         CountUtf16Sse2,  DecodeUtf8Sse2, DecodeAsciiSse2,   CountUtf8Sse2,
-    EncodeUtf8Sse2, EncodeAsciiSse2, CountPairsSse2, Latin1ToUtf16Sse2, Utf16ToLatin1Sse2,
-    IsAsciiSse2,    IsAsciiSse2,
+    "SSE2",         CountUtf16Sse2,  DecodeUtf8Sse2,    DecodeAsciiSse2,   CountUtf8Sse2,
+    EncodeUtf8Sse2, EncodeAsciiSse2, CountPairsSse2,    Latin1ToUtf16Sse2, Utf16ToLatin1Sse2,
+    IsAsciiSse2,    IsAsciiSse2,     LengthOfLinesSse2,
 };
 
 } // namespace TextConversion

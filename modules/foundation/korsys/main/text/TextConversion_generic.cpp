@@ -1,8 +1,6 @@
 #include "korsys/main/text/TextConversionKernels_p.h"
 #include "korsys/main/text/TextConversion_p.h"
 
-#include <string>
-
 namespace TextConversion {
 
 Kernels const& BestKernels()
@@ -17,7 +15,7 @@ std::vector<Kernels const*> UsableKernels()
 
 std::size_t Length(char16_t const* zeroTerminated)
 {
-    return std::char_traits<char16_t>::length(zeroTerminated);
+    return kScalarKernels.lengthOfLines(zeroTerminated); // begins anywhere, for this one
 }
 
 } // namespace TextConversion

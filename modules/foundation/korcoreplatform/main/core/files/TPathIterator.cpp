@@ -37,6 +37,40 @@ bool CopyAndFindBackslash(char16_t* to, char16_t const* from, int n)
     return found != 0;
 }
 
+/// Where the element after the one of `elementLength` units at `position` begins.
+int PositionBehind(Units const& units, int position, int elementLength)
+{
+    if (position == units.length) {
+        Throw(u"TPath::iterator trying to increment beyond end.",
+              &KorErrorsError::AutoGen_0x2AFC3482);
+    }
+    int const next = units.BehindSeparatorAt(position + elementLength);
+    if (next > units.length) {
+        Throw(u"TPath::iterator out of sync in next.", &KorErrorsError::AutoGen_0x5CD09D9F);
+    }
+    if (next == position) {
+        Throw(u"TPath::iterator found a zero-length element.", &KorErrorsError::AutoGen_0x97C2DA67);
+    }
+    return next;
+}
+
+/// Makes `element` the one at `position`, empty at the end.
+/// Requires: `position` is within the text or at its end.
+void Read(Units const& units, int position, TString& element)
+{
+    int const n = position == units.length ? 0 : units.ElementLengthAt(position);
+    char16_t* to;
+    if (n <= TString::kShortCapacity) {
+        element.clear();
+        to = element.extend(n); // the room is in the object
+    } else {
+        to = element.resizeForOverwrite(n);
+    }
+    if (CopyAndFindBackslash(to, units.at + position, n)) {
+        element.replace(u'\\', u'/');
+    }
+}
+
 } // namespace
 
 TString TPath::iterator::get() const
@@ -56,8 +90,9 @@ TPath::iterator TPath::iterator::prev() const
 
 TPath::iterator& TPath::iterator::operator++()
 {
-    int const position = NextPosition();
-    ReadElement(position);
+    Units const units(m_path->m_text);
+    int const position = PositionBehind(units, m_position, m_element.length());
+    Read(units, position, m_element);
     m_position = position;
     return *this;
 }
@@ -86,20 +121,8 @@ TPath::iterator TPath::iterator::operator--(int)
 
 int TPath::iterator::NextPosition() const
 {
-    Units const units(m_path->m_text);
-    if (m_position == units.length) {
-        Throw(u"TPath::iterator trying to increment beyond end.",
-              &KorErrorsError::AutoGen_0x2AFC3482);
-    }
     // The element is as long as it is in the path.
-    int const position = units.BehindSeparatorAt(m_position + m_element.length());
-    if (position > units.length) {
-        Throw(u"TPath::iterator out of sync in next.", &KorErrorsError::AutoGen_0x5CD09D9F);
-    }
-    if (position == m_position) {
-        Throw(u"TPath::iterator found a zero-length element.", &KorErrorsError::AutoGen_0x97C2DA67);
-    }
-    return position;
+    return PositionBehind(Units(m_path->m_text), m_position, m_element.length());
 }
 
 int TPath::iterator::PreviousPosition() const
@@ -134,15 +157,5 @@ void TPath::iterator::ReadElement(int position)
     if (position < 0) {
         static_cast<void>(m_path->ElementLengthAt(position)); // throws
     }
-    int const n = position == units.length ? 0 : units.ElementLengthAt(position);
-    char16_t* to;
-    if (n <= TString::kShortCapacity) {
-        m_element.clear();
-        to = m_element.extend(n); // the room is in the object
-    } else {
-        to = m_element.resizeForOverwrite(n);
-    }
-    if (CopyAndFindBackslash(to, units.at + position, n)) {
-        m_element.replace(u'\\', u'/');
-    }
+    Read(units, position, m_element);
 }
