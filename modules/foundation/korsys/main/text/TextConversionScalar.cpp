@@ -174,19 +174,9 @@ std::size_t LengthScalar(char16_t const* zeroTerminated)
 } // namespace
 
 Kernels const kScalarKernels = {
-    "scalar",
-    CountUtf16Scalar,
-    DecodeUtf8Scalar,
-    DecodeAsciiScalar,
-    CountUtf8Scalar,
-    EncodeUtf8Scalar,
-    EncodeAsciiScalar,
-    CountPairsScalar,
-    Latin1ToUtf16Scalar,
-    Utf16ToLatin1Scalar,
-    IsAsciiScalar,
-    IsAsciiScalar,
-    LengthScalar,
+    "scalar",         CountUtf16Scalar,  DecodeUtf8Scalar, DecodeAsciiScalar,   CountUtf8Scalar,
+    EncodeUtf8Scalar, EncodeAsciiScalar, CountPairsScalar, Latin1ToUtf16Scalar, Utf16ToLatin1Scalar,
+    IsAsciiScalar,    IsAsciiScalar,     LengthScalar,
 };
 
 } // namespace TextConversion
