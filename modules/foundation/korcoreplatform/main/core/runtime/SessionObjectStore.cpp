@@ -62,8 +62,8 @@ public:
             return nullptr;
         }
         try {
-            return Interface(
-                m_store); // `lock` reads its count once more, which takes as long again
+            // `lock` would read the count once more behind its exchange, which takes as long again.
+            return Interface(m_store);
         } catch (std::bad_weak_ptr const&) { // expired in between
             return nullptr;
         }
@@ -88,7 +88,7 @@ private:
     static LastSession* Make()
     {
         if (!t_isThreadOver) {
-            static thread_local LastSession const t_theLast;
+            static thread_local LastSession t_theLast;
         }
         return t_last;
     }
