@@ -126,7 +126,7 @@ char16_t* TStringManager::resize(int n)
     return setLength(n);
 }
 
-char16_t* TStringManager::resizeForOverwrite(int n)
+char16_t* TStringManager::resizeForOverwriteSlowly(int n)
 {
     n = std::max(n, 0);
     CheckLength(n);

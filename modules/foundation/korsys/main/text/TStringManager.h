@@ -149,7 +149,14 @@ public:
     char16_t* resize(int n);
 
     /// As `resize`, but the old units need not survive: for writing a whole new text.
-    char16_t* resizeForOverwrite(int n);
+    char16_t* resizeForOverwrite(int n)
+    {
+        if (isLong() || n < 0 || n > kShortCapacity) {
+            return resizeForOverwriteSlowly(n);
+        }
+        setShortLength(n);
+        return m_units;
+    }
 
     /// Adds `n` units that hold anything at the end and returns the first of them. Room doubles
     /// or grows by half at a time, so many small additions cost little each.
@@ -372,6 +379,7 @@ private:
     void moveToBlock(std::int64_t capacity, int keptUnits);
     char16_t* setLength(int n) noexcept;
     char16_t* extendSlowly(int n);
+    char16_t* resizeForOverwriteSlowly(int n);
 
     alignas(void*) char16_t m_units[kUnits];
 

@@ -59,13 +59,7 @@ int PositionBehind(Units const& units, int position, int elementLength)
 void Read(Units const& units, int position, TString& element)
 {
     int const n = position == units.length ? 0 : units.ElementLengthAt(position);
-    char16_t* to;
-    if (n <= TString::kShortCapacity) {
-        element.clear();
-        to = element.extend(n); // the room is in the object
-    } else {
-        to = element.resizeForOverwrite(n);
-    }
+    char16_t* const to = element.resizeForOverwrite(n);
     if (CopyAndFindBackslash(to, units.at + position, n)) {
         element.replace(u'\\', u'/');
     }
