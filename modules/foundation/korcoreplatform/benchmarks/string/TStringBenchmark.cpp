@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 
 namespace {
@@ -111,7 +112,7 @@ public:
             Grow();
         }
         m_block->length = length + 1;
-        std::uint32_t const last = c; // the unit and the zero
+        std::uint32_t const last = c; // the unit and the zero, on little-endian processors
         std::memcpy(reinterpret_cast<char16_t*>(m_block + 1) + length, &last, sizeof(last));
     }
 
@@ -128,13 +129,13 @@ private:
         constexpr std::uint32_t kFirst = 55;
         bool const isFirst = m_block == nullptr;
         std::uint32_t const capacity = isFirst ? kFirst : 2 * m_block->capacity;
-        m_block = static_cast<Block*>(
-            std::realloc(static_cast<void*>(m_block), sizeof(Block) + (capacity + 1) * 2));
-        m_block->capacity = capacity;
-        if (isFirst) {
-            m_block->owners = 1;
-            m_block->length = 0;
+        void* const grown =
+            std::realloc(static_cast<void*>(m_block), sizeof(Block) + (capacity + 1) * 2);
+        if (grown == nullptr) {
+            throw std::bad_alloc();
         }
+        m_block = isFirst ? new (grown) Block{{1}, 0, 0} : static_cast<Block*>(grown);
+        m_block->capacity = capacity;
     }
 
     Block* m_block = nullptr;

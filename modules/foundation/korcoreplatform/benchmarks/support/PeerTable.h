@@ -32,7 +32,8 @@ public:
     Row& Ours(Task task);
     Row& Peer(std::string const& peer, Task task);
 
-    /// What the machine needs at the least, whoever asks it: not a peer. At most one.
+    /// What the machine, or a rule that binds us, takes for what cannot be avoided: not a peer. At
+    /// most one.
     Row& Limit(std::string const& name, Task task);
 
     /// Where the row stands in a plot: on the curve of that name, at `x`.

@@ -2,17 +2,19 @@
 
 #pragma once
 
+#include "korsys/main/KorSysExport.h"
+
 #include <cstdint>
 
-/// Both give XXH3's 64 bits of the bytes.
+/// All give XXH3's 64 bits of the bytes.
 namespace HashKernels {
 
-/// With what every processor has.
-std::uint64_t Plain(void const* data, unsigned long length, std::uint64_t seed) noexcept;
-
-/// With what this one has. Up to `kShortBytes` that brings nothing.
-std::uint64_t Best(void const* data, unsigned long length, std::uint64_t seed) noexcept;
+using Hash = std::uint64_t(void const* data, unsigned long length, std::uint64_t seed) noexcept;
 
 constexpr unsigned long kShortBytes = 240; ///< Up to here XXH3 has other loops, without vectors.
+
+KORSYS_EXPORT Hash Plain; ///< With what every processor has.
+Hash Avx2;                ///< Only where `Best` may call it.
+KORSYS_EXPORT Hash Best;  ///< With what this processor has; for more than `kShortBytes`.
 
 } // namespace HashKernels

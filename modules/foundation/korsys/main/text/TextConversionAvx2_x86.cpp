@@ -105,32 +105,41 @@ KOR_AVX2 std::size_t CountPairsAvx2(char16_t const* from, std::size_t n)
     return pairBytes / 2 + kScalarKernels.countPairs(from + i, n - i);
 }
 
-KOR_READS_LINES KOR_AVX2 std::size_t LengthOfLinesAvx2(char16_t const* zeroTerminated)
+/// A bit for each byte of a line that belongs to a zero unit, the first byte's lowest.
+KOR_READS_LINES KOR_AVX2 inline std::uint64_t ZeroBytesOfLine(__m256i const* line)
 {
     __m256i const zero = _mm256_setzero_si256();
-    auto const* line = reinterpret_cast<__m256i const*>(zeroTerminated);
-    __m256i low = _mm256_cmpeq_epi16(line[0], zero);
-    __m256i high = _mm256_cmpeq_epi16(line[1], zero);
-    while (_mm256_movemask_epi8(_mm256_or_si256(low, high)) == 0) {
-        line += kLineBytes / kBlock;
-        low = _mm256_cmpeq_epi16(line[0], zero);
-        high = _mm256_cmpeq_epi16(line[1], zero);
+    int const low = _mm256_movemask_epi8(_mm256_cmpeq_epi16(line[0], zero));
+    int const high = _mm256_movemask_epi8(_mm256_cmpeq_epi16(line[1], zero));
+    return std::uint64_t(static_cast<std::uint32_t>(high)) << kBlock |
+           static_cast<std::uint32_t>(low);
+}
+
+KOR_READS_LINES KOR_AVX2 std::size_t LengthAvx2(char16_t const* zeroTerminated)
+{
+    auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
+    std::size_t const before = address % kLineBytes;
+    auto const* const firstLine = reinterpret_cast<__m256i const*>(address - before);
+    std::uint64_t zeros = ZeroBytesOfLine(firstLine) >> before;
+    if (zeros != 0) {
+        return static_cast<std::size_t>(__builtin_ctzll(zeros)) / sizeof(char16_t);
     }
-    auto const zeros =
-        static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm256_movemask_epi8(high)))
-            << kBlock |
-        static_cast<std::uint32_t>(_mm256_movemask_epi8(low));
-    auto const* const units = reinterpret_cast<char16_t const*>(line);
-    return static_cast<std::size_t>(units - zeroTerminated) +
-           static_cast<std::size_t>(__builtin_ctzll(zeros)) / sizeof(char16_t);
+    auto const* line = firstLine;
+    do {
+        line += kLineBytes / kBlock;
+        zeros = ZeroBytesOfLine(line);
+    } while (zeros == 0);
+    std::size_t const bytes = static_cast<std::size_t>(line - firstLine) * kBlock +
+                              static_cast<std::size_t>(__builtin_ctzll(zeros));
+    return (bytes - before) / sizeof(char16_t);
 }
 
 } // namespace
 
 Kernels const kAvx2Kernels = {
-    "AVX2",         CountUtf16Avx2,  DecodeUtf8Avx2,    DecodeAsciiAvx2,   CountUtf8Avx2,
-    EncodeUtf8Avx2, EncodeAsciiAvx2, CountPairsAvx2,    Latin1ToUtf16Avx2, Utf16ToLatin1Avx2,
-    IsAsciiAvx2,    IsAsciiAvx2,     LengthOfLinesAvx2,
+    "AVX2",         CountUtf16Avx2,  DecodeUtf8Avx2, DecodeAsciiAvx2,   CountUtf8Avx2,
+    EncodeUtf8Avx2, EncodeAsciiAvx2, CountPairsAvx2, Latin1ToUtf16Avx2, Utf16ToLatin1Avx2,
+    IsAsciiAvx2,    IsAsciiAvx2,     LengthAvx2,
 };
 
 } // namespace TextConversion

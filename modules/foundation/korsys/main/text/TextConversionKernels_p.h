@@ -43,8 +43,8 @@ struct Kernels
     bool (*isAsciiBytes)(char const* text, std::size_t n);
     bool (*isAsciiUnits)(char16_t const* text, std::size_t n);
 
-    /// The number of units before the first zero unit. Requires: the text begins a cache line.
-    std::size_t (*lengthOfLines)(char16_t const* zeroTerminated);
+    /// See `Length`.
+    std::size_t (*length)(char16_t const* zeroTerminated);
 };
 
 /// How the versions that seek a zero by whole cache lines are marked. A line never touches a page
@@ -53,7 +53,6 @@ struct Kernels
 #define KOR_READS_LINES __attribute__((no_sanitize_address, no_sanitize_thread))
 
 constexpr std::size_t kLineBytes = 64;
-constexpr std::size_t kLineUnits = kLineBytes / sizeof(char16_t);
 
 /// The fastest version that this processor runs.
 Kernels const& BestKernels();

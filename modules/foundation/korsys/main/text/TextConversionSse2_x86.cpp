@@ -260,36 +260,29 @@ KOR_READS_LINES inline bool HasZero(__m128i const* line)
     return _mm_movemask_epi8(any) != 0;
 }
 
-KOR_READS_LINES std::size_t LengthOfLinesSse2(char16_t const* zeroTerminated)
+KOR_READS_LINES std::size_t LengthSse2(char16_t const* zeroTerminated)
 {
-    auto const* const firstLine = reinterpret_cast<__m128i const*>(zeroTerminated);
-    auto const* line = firstLine;
-    while (!HasZero(line)) {
-        line += kLineBytes / kBlock;
+    auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
+    std::size_t const before = address % kLineBytes / sizeof(char16_t);
+    auto const* const firstLine = reinterpret_cast<__m128i const*>(address - address % kLineBytes);
+    unsigned const first = ZerosOfLine(firstLine) >> before;
+    if (first != 0) {
+        return static_cast<std::size_t>(__builtin_ctz(first));
     }
+    auto const* line = firstLine;
+    do {
+        line += kLineBytes / kBlock;
+    } while (!HasZero(line));
     auto const units = static_cast<std::size_t>(line - firstLine) * kBlockUnits;
-    return units + static_cast<std::size_t>(__builtin_ctz(ZerosOfLine(line)));
+    return units - before + static_cast<std::size_t>(__builtin_ctz(ZerosOfLine(line)));
 }
 
 } // namespace
 
-/// Short texts end in their first line, where wider registers would bring nothing.
-KOR_READS_LINES std::size_t Length(char16_t const* zeroTerminated)
-{
-    auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
-    std::size_t const before = address % kLineBytes / sizeof(char16_t);
-    auto const* const line = reinterpret_cast<char16_t const*>(address - address % kLineBytes);
-    unsigned const zeros = ZerosOfLine(reinterpret_cast<__m128i const*>(line)) >> before;
-    if (zeros != 0) {
-        return static_cast<std::size_t>(__builtin_ctz(zeros));
-    }
-    return kLineUnits - before + BestKernels().lengthOfLines(line + kLineUnits);
-}
-
 Kernels const kSse2Kernels = {
-    "SSE2",         CountUtf16Sse2,  DecodeUtf8Sse2,    DecodeAsciiSse2,   CountUtf8Sse2,
-    EncodeUtf8Sse2, EncodeAsciiSse2, CountPairsSse2,    Latin1ToUtf16Sse2, Utf16ToLatin1Sse2,
-    IsAsciiSse2,    IsAsciiSse2,     LengthOfLinesSse2,
+    "SSE2",         CountUtf16Sse2,  DecodeUtf8Sse2, DecodeAsciiSse2,   CountUtf8Sse2,
+    EncodeUtf8Sse2, EncodeAsciiSse2, CountPairsSse2, Latin1ToUtf16Sse2, Utf16ToLatin1Sse2,
+    IsAsciiSse2,    IsAsciiSse2,     LengthSse2,
 };
 
 } // namespace TextConversion

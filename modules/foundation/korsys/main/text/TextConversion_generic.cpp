@@ -1,5 +1,4 @@
 #include "korsys/main/text/TextConversionKernels_p.h"
-#include "korsys/main/text/TextConversion_p.h"
 
 namespace TextConversion {
 
@@ -11,11 +10,6 @@ Kernels const& BestKernels()
 std::vector<Kernels const*> UsableKernels()
 {
     return {&kScalarKernels};
-}
-
-std::size_t Length(char16_t const* zeroTerminated)
-{
-    return kScalarKernels.lengthOfLines(zeroTerminated); // begins anywhere, for this one
 }
 
 } // namespace TextConversion

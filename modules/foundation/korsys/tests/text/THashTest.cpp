@@ -1,5 +1,7 @@
 #include "korsys/main/text/THash.h"
 
+#include "korsys/main/text/THash_p.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -24,6 +26,9 @@ TEST(THashTest, EveryLengthAndPlaceHashesAsXxh3Does)
         ASSERT_EQ(THash32(at, n, 0xDEADBEEF),
                   static_cast<std::uint32_t>(XXH3_64bits_withSeed(at, n, 0xDEADBEEF)))
             << n;
+        for (HashKernels::Hash* const hash : {&HashKernels::Plain, &HashKernels::Best}) {
+            ASSERT_EQ(hash(at, n, 7), XXH3_64bits_withSeed(at, n, 7)) << n;
+        }
     }
 }
 

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <numeric>
 #include <tuple>
 
@@ -178,18 +177,9 @@ TEST(TextConversionTest, LengthStopsAtTheFirstZeroUnit)
             // must the zero byte of a unit.
             Exact const text(std::u16string(skipped, u'\0') +
                              std::u16string(n - skipped, u'\x100') + u'\0');
-            ASSERT_EQ(TextConversion::Length(text + skipped), n - skipped);
-        }
-    }
-    struct alignas(TextConversion::kLineBytes) Lines
-    {
-        char16_t units[5 * TextConversion::kLineUnits];
-    };
-    for (std::size_t n = 0; n <= 110; ++n) {
-        Lines lines = {};
-        std::fill_n(lines.units, n, u'\x100');
-        for (Kernels const* kernels : TextConversion::UsableKernels()) {
-            ASSERT_EQ(kernels->lengthOfLines(lines.units), n) << kernels->name;
+            for (Kernels const* kernels : TextConversion::UsableKernels()) {
+                ASSERT_EQ(kernels->length(text + skipped), n - skipped) << kernels->name;
+            }
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/AsyncLoggerItem_p.h"
+#include "korcoreplatform/main/core/logging/CacheLines_p.h"
 #include "korcoreplatform/main/core/logging/Event.h"
 #include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
 
@@ -11,6 +12,10 @@ namespace TLog {
 namespace {
 
 constexpr int kShutdownMs = 30000;
+
+static_assert(sizeof(AsyncLogger) == CacheLines::kBytes &&
+                  alignof(AsyncLogger) == sizeof(AsyncLogger),
+              "a cache line to itself");
 
 } // namespace
 

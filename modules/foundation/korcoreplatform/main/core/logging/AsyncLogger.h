@@ -29,10 +29,9 @@ enum class LogItemKind : std::uint8_t;
 /// In a child process made by `fork` the logger is dead: records are dropped, nothing is flushed,
 /// the destructor neither waits nor writes. The child sets a logger of its own.
 ///
-/// It has a cache line to itself, which every log call reads: what lies beside it in memory, a
-/// channel perhaps, may be written for every record.
-///
 /// Thread safety: every operation may be called from any thread.
+// It has a cache line to itself. Every log call reads that, and what would lie beside it in memory,
+// a channel perhaps, may be written for every record.
 class KORCOREPLATFORM_EXPORT __attribute__((aligned(64))) AsyncLogger : public Logger
 {
 public:

@@ -55,14 +55,14 @@ public:
     /// Null when the thread is ending.
     static LastSession* OfThread() { return t_last != nullptr ? t_last : Make(); }
 
-    /// Null when the map, in that state of it, was asked for another one, or has to be asked again.
+    /// Null unless this holds what the map, in that state of it, has for `id`, and that is alive.
     Interface Find(std::uint64_t state, TUUID const& id) const
     {
         if (!IsAbout(state, id) || m_store.expired()) {
             return nullptr;
         }
         try {
-            // `lock` would read the count once more behind its exchange, which takes as long again.
+            // libstdc++'s `lock` reads the count behind its exchange, which takes as long again.
             return Interface(m_store);
         } catch (std::bad_weak_ptr const&) { // expired in between
             return nullptr;
@@ -74,7 +74,7 @@ public:
     void Note(std::uint64_t state, TUUID const& id, Interface const& store)
     {
         if (IsAbout(state, id)) {
-            m_store = store;
+            std::weak_ptr<ISessionObjects>(store).swap(m_store); // a deleter may come back here
         } else {
             m_state = state;
             m_id = id;
@@ -123,15 +123,17 @@ struct SessionObjectsMap::Sessions
         return map.find(found, id) ? found->second : nullptr;
     }
 
-    /// To be called when sessions were deleted, before the deleting function returns: from then on
-    /// nobody finds them again.
+    /// To be called while the session that is to be deleted is locked for writing: who sees the new
+    /// state asks the map, and finds it deleted.
     void ForgetLast() noexcept { state.store(NewState(), std::memory_order_release); }
 
     /// Held for reading by every operation, as they go on at the same time; for writing by the one
     /// that the map itself does not let others go on with.
     ReadMostlyLock lock;
     Map map; ///< A null store is not attached yet.
-    std::atomic<std::uint64_t> state{NewState()};
+
+    /// Which sessions there are. On a line of its own, as every look-up reads it.
+    alignas(64) std::atomic<std::uint64_t> state{NewState()};
 };
 
 std::size_t SessionObjectsMap::TUUIDHashCompare::hash(TUUID const& id) noexcept
@@ -162,8 +164,8 @@ void SessionObjectsMap::Clear()
 {
     Sessions::Map removed; // destroyed behind the lock, as wherever stores are dropped
     ReadMostlyLock::WriteGuard const writing(m_sessions->lock);
-    m_sessions->map.swap(removed);
     m_sessions->ForgetLast();
+    m_sessions->map.swap(removed);
 }
 
 TUUID SessionObjectsMap::CreateSessionObjects()
@@ -190,8 +192,8 @@ void SessionObjectsMap::DeleteSessionObjects(TUUID const& id)
     Sessions::Map::accessor found;
     if (m_sessions->map.find(found, id)) {
         removed.swap(found->second);
-        m_sessions->map.erase(found);
         m_sessions->ForgetLast();
+        m_sessions->map.erase(found);
     }
 }
 

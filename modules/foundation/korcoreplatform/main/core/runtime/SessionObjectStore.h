@@ -19,7 +19,8 @@ class ISessionObjects;
 /// later, once, and stays until the session is deleted.
 ///
 /// Ownership: the map shares each store with everybody who gets it. A store outlives the deletion
-/// of its session while somebody uses it.
+/// of its session while somebody uses it. Its deleter, where it has one, and the memory of
+/// `std::make_shared` may stay until threads that used the session look up another one, or end.
 /// Thread safety: safe from any thread; an operation locks the entry that it is about. A thread
 /// finds the session that it asked for again and again without a lock. Stores are called and
 /// destroyed outside the locks, so that they may use the map.

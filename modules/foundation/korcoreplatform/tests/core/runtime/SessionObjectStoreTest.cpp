@@ -86,11 +86,11 @@ TEST(SessionObjectStoreTest, AStoreIsAttachedOnceAndOutlivesItsSession)
     }
     std::weak_ptr<ISessionObjects> const store = held;
     map.DeleteSessionObjects(id);
-    EXPECT_EQ(map.GetSessionObjectsInterface(id), nullptr);
     held->SetSynchronizedObject(u"k", Number(1));
     EXPECT_EQ(boost::any_cast<int>(*held->GetSynchronizedObject(u"k")), 1);
     held = nullptr;
     EXPECT_TRUE(store.expired());
+    EXPECT_EQ(map.GetSessionObjectsInterface(id), nullptr);
 }
 
 TEST(SessionObjectStoreTest, AHostsStoreIsCalledAndDestroyedOutsideTheLocks)
@@ -206,6 +206,32 @@ TEST(SessionObjectStoreTest, AnyNumberOfThreadsReadsWhatOthersWrite)
     });
 }
 
+/// Looks a session up when everything that a thread remembers is gone.
+struct LateUser
+{
+    ~LateUser()
+    {
+        EXPECT_NE(map->GetSessionObjectsInterface(id), nullptr);
+        map->DeleteSessionObjects(id);
+        EXPECT_EQ(map->GetSessionObjectsInterface(id), nullptr);
+    }
+
+    SessionObjectsMap* map;
+    TUUID id;
+};
+
+TEST(SessionObjectStoreTest, SessionsAreFoundUntilTheEndOfAThread)
+{
+    SessionObjectsMap map;
+    std::thread([&map] {
+        thread_local LateUser t_user{&map, map.CreateSessionObjects()}; // destroyed last
+        map.SetSessionObjectsInterface(t_user.id, std::make_shared<SessionObjects>());
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_NE(map.GetSessionObjectsInterface(t_user.id), nullptr);
+        }
+    }).join();
+}
+
 TEST(SessionObjectStoreTest, ClearingDeletesEverySession)
 {
     SessionObjectsMap map;
@@ -217,9 +243,12 @@ TEST(SessionObjectStoreTest, ClearingDeletesEverySession)
     for (int i = 0; i < 3; ++i) { // from the second time on, the thread remembers it
         EXPECT_EQ(map.GetSessionObjectsInterface(id), objects);
     }
+    map.Clear();
+    EXPECT_EQ(objects.use_count(), 1);
+    EXPECT_EQ(map.GetSessionObjectsInterface(id), nullptr);
+    map.SetSessionObjectsInterface(map.CreateSessionObjects(), objects);
     std::thread creator([&map] { map.DeleteSessionObjects(map.CreateSessionObjects()); });
     map.Clear();
-    EXPECT_EQ(map.GetSessionObjectsInterface(id), nullptr);
     creator.join();
     EXPECT_EQ(objects.use_count(), 1);
 }

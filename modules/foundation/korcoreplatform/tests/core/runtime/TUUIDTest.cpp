@@ -31,6 +31,18 @@ TEST(TUUIDTest, EveryTextFormWritesTheFieldsInOrder)
     }
 }
 
+TEST(TUUIDTest, EveryByteTellsIdsApart)
+{
+    TUUID const id(u"{00112233-4455-6677-8899-aabbccddeeff}");
+    std::vector<unsigned char> const bytes = id.ToRFC4122();
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        std::vector<unsigned char> other = bytes;
+        other[i] ^= 1;
+        EXPECT_FALSE(TUUID::FromRFC4122(other) == id);
+        EXPECT_TRUE(TUUID::FromRFC4122(other) != id);
+    }
+}
+
 TEST(TUUIDTest, ArgumentsThatAreNoIdGiveTheNullId)
 {
     EXPECT_TRUE(TUUID(static_cast<char const*>(nullptr)).IsNull());
