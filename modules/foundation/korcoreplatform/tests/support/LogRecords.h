@@ -5,19 +5,11 @@
 #include "korcoreplatform/main/core/logging/AsyncLogger.h"
 #include "korcoreplatform/main/core/logging/FileChannel.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
-#include "korcoreplatform/main/string/TString.h"
+#include "korcoreplatform/tests/support/KorTest.h"
 
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <future>
-#include <map>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 #include <fcntl.h>
 
@@ -119,7 +111,6 @@ struct LogReader
 struct LogFileContent
 {
     Numbers numbers;
-    std::vector<std::string> otherKeys;
     std::string tornEnd;
 };
 
@@ -130,8 +121,6 @@ inline LogFileContent ReadLogFile(std::filesystem::path const& path)
     for (nlohmann::json record = reader.Next(); !record.is_null(); record = reader.Next()) {
         if (record.at("k") == "msg") {
             AddNumber(content.numbers, record.at("v").get_ref<std::string const&>());
-        } else {
-            content.otherKeys.push_back(record.at("k"));
         }
     }
     content.tornEnd = reader.tornEnd;

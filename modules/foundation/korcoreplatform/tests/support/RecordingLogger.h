@@ -7,14 +7,9 @@
 #include "korcoreplatform/main/core/logging/Logger.h"
 #include "korcoreplatform/main/core/logging/Severity.h"
 #include "korcoreplatform/main/core/logging/Value.h"
-#include "korcoreplatform/main/string/TString.h"
+#include "korcoreplatform/tests/support/KorTest.h"
 
-#include <memory>
 #include <mutex>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 struct LogRecord
 {

@@ -3,15 +3,7 @@
 #pragma once
 
 #include "korcoreplatform/main/core/files/TPath.h"
-#include "korcoreplatform/main/string/TString.h"
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-#include <string>
-#include <system_error>
+#include "korcoreplatform/tests/support/KorTest.h"
 
 /// Native names are relative to the folder.
 class TemporaryFolder

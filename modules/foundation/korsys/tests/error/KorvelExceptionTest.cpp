@@ -3,8 +3,6 @@
 #include "korsys/main/error/ThrowError.h"
 #include "korsys/tests/support/KorTest.h"
 
-#include <type_traits>
-
 namespace {
 
 constexpr char kOfTheSystem[] = "KorvelException_AutoGen_0xB5B83DCB";
@@ -68,23 +66,6 @@ TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryFormAndCopiesChangeAlone)
         EXPECT_STREQ(c.exception.what(), c.what);
         EXPECT_EQ(c.exception.GetConcatenatedMessages(), TStringCore::fromUtf8(c.what));
         EXPECT_EQ(c.exception.CollateMessagesForLog(), c.logLine);
-    }
-}
-
-TEST(KorvelExceptionTest, CloneAndThrowKeepTheDynamicType)
-{
-    std::unique_ptr<KorvelException> const exceptions[] = {
-        std::make_unique<KorvelException>(u"m", SomeError()),
-        std::make_unique<StringException>(u"m", SomeError()),
-        std::make_unique<LogicException>(u"m", SomeError()),
-        std::make_unique<DerivedException>(u"m", SomeError()),
-    };
-    for (auto const& pointer : exceptions) {
-        KorvelException const& exception = *pointer;
-        std::unique_ptr<KorvelException> const clone(exception.Clone());
-        EXPECT_NE(clone, pointer);
-        EXPECT_TRUE(KorTest::ThrowsError([&] { clone->Throw(); }, typeid(exception),
-                                         "KorvelException_AutoGen_0x1A36D05F"));
     }
 }
 

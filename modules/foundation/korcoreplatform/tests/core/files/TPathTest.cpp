@@ -3,8 +3,6 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korsys/main/system/TPathCore.h"
 
-#include <filesystem>
-
 namespace {
 
 constexpr char kElementPosition[] = "TPathException_AutoGen_0xE27C2B2D";
@@ -327,17 +325,6 @@ TEST(TPathTest, RandomPathsAgreeWithTheirGenericForm)
         }
     }
     EXPECT_GT(compared, 1000);
-}
-
-TEST(TPathTest, ExceptionsKeepTheirClassAndTakeTheCallStack)
-{
-    TPath::Exception const plain(u"text", KorTest::SomeError(), false);
-    EXPECT_EQ(plain.GetMessages().size(), 1u);
-    TPath::Exception const withStack(u"text", KorTest::SomeError(), true);
-    EXPECT_GT(withStack.GetMessages().size(), 1u);
-    EXPECT_EQ(withStack.GetMessagesFront(), TStringCore(u"text"));
-    std::unique_ptr<KorvelException> const copy(static_cast<KorvelException const&>(plain).Clone());
-    EXPECT_THROW(copy->Throw(), TPath::Exception);
 }
 
 } // namespace
