@@ -32,7 +32,6 @@ TEST(TTextEncodingTest, MarksAndDeclarationsTellTheEncoding)
         int line;
         std::string bytes;
         EncodingType encoding;
-        int bomLength = 0;
     } const cases[] = {
         // The start of a declaration in wide units, at its bounds and with one byte wrong.
         {__LINE__, Bytes(U"<?xml", 2), EncodingUtf8},
@@ -59,7 +58,6 @@ TEST(TTextEncodingTest, MarksAndDeclarationsTellTheEncoding)
         // A block of exactly this size, so that a sanitizer sees a byte read too many.
         TTextEncoding const encoding(std::vector<unsigned char>(c.bytes.begin(), c.bytes.end()));
         EXPECT_EQ(encoding.Encoding(), c.encoding) << "line " << c.line;
-        EXPECT_EQ(encoding.BOMLength(), c.bomLength) << "line " << c.line;
     }
     EXPECT_EQ(DetectEncoding(nullptr, 100), std::make_pair(EncodingUtf8, 0));
 }
@@ -96,21 +94,6 @@ TEST(TTextEncodingTest, PiecesBecomeTextAndOnlyTheFirstLosesItsMark)
     EXPECT_EQ(cutInsideMark.ToTString("\xFF\xFE\0", 3), TString());
     EXPECT_EQ(cutInsideMark.ToTString("z\0\0", 4), TString(u"z"));
     EXPECT_EQ(copy.ToTString("\xFF\xFE\0\0z\0\0", 8), TString(u"z"));
-}
-
-TEST(TTextEncodingTest, LongUnalignedPiecesAreConvertedWhole)
-{
-    std::u32string codePoints;
-    for (int i = 0; i < 1000; ++i) {
-        codePoints += U"a\u0100\U0001F600\uFFFD\u0001";
-    }
-    TString const expected = TString::fromStdUString(codePoints);
-    std::u32string const units(expected.begin(), expected.end());
-    for (std::string const& bytes :
-         {"?\xFF\xFE" + Bytes(units, 2), "?" + Bytes(U"\uFEFF" + codePoints, 4)}) {
-        TTextEncoding encoding(bytes.data() + 1, bytes.size() - 1);
-        EXPECT_EQ(encoding.ToTString(bytes.data() + 1, bytes.size() - 1), expected);
-    }
 }
 
 TEST(TTextEncodingTest, APieceOfMoreThanATextHoldsIsRefusedBeforeItIsRead)

@@ -94,12 +94,11 @@ private:
 };
 
 /// Takes in every record of the process while it lives.
-class LogRecording
+struct LogRecording : LoggerInSlot<>
 {
-public:
-    explicit LogRecording(TLog::Severity minimal = TLog::Severity::Trace) : m_logger(minimal) {}
+    explicit LogRecording(TLog::Severity minimal = TLog::Severity::Trace) : LoggerInSlot(minimal) {}
 
-    std::vector<LogRecord> const& Records() const { return m_logger->records; }
+    std::vector<LogRecord> const& Records() const { return (*this)->records; }
 
     std::vector<std::string> Lines() const
     {
@@ -109,7 +108,4 @@ public:
         }
         return lines;
     }
-
-private:
-    LoggerInSlot<> m_logger;
 };
