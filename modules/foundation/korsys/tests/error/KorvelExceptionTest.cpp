@@ -42,14 +42,7 @@ TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryFormAndCopiesChangeAlone)
     KorvelException assigned(u"other", SomeError());
     assigned = original;
     assigned.StackMessage(u"z");
-    struct
-    {
-        int line;
-        KorvelException exception;
-        Messages messages;
-        char const* what;
-        char16_t const* logLine;
-    } const cases[] = {
+    std::tuple<int, KorvelException, Messages, char const*, char16_t const*> const cases[] = {
         {__LINE__, original, {u"m"}, "m", u"m"},
         {__LINE__, stacked, {u"a", u"m", u"b"}, "a\nm\nb", u"a | m | b"},
         {__LINE__, assigned, {u"m", u"z"}, "m\nz", u"m | z"},
@@ -59,13 +52,13 @@ TEST(KorvelExceptionTest, MessagesKeepTheirOrderInEveryFormAndCopiesChangeAlone)
         {__LINE__, {TFormatStringCore(u"%1%2").arg({u"3"}), SomeError()}, {u"3%2"}, "3%2", u"3%2"},
         {__LINE__, {BothWays(), SomeError()}, {u"format!"}, "format!", u"format!"},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.line);
-        EXPECT_EQ(c.exception.GetMessages(), c.messages);
-        EXPECT_EQ(c.exception.GetMessagesFront(), c.messages.empty() ? u"" : c.messages.front());
-        EXPECT_STREQ(c.exception.what(), c.what);
-        EXPECT_EQ(c.exception.GetConcatenatedMessages(), TStringCore::fromUtf8(c.what));
-        EXPECT_EQ(c.exception.CollateMessagesForLog(), c.logLine);
+    for (auto const& [line, exception, messages, what, logLine] : cases) {
+        SCOPED_TRACE(line);
+        EXPECT_EQ(exception.GetMessages(), messages);
+        EXPECT_EQ(exception.GetMessagesFront(), messages.empty() ? u"" : messages.front());
+        EXPECT_STREQ(exception.what(), what);
+        EXPECT_EQ(exception.GetConcatenatedMessages(), TStringCore::fromUtf8(what));
+        EXPECT_EQ(exception.CollateMessagesForLog(), logLine);
     }
 }
 

@@ -42,12 +42,7 @@ TEST(PathFunctionsTest, TellsEveryKindOfEntryApart)
 {
     EveryKind const folder;
     long const descriptors = CountOpenDescriptors();
-    struct
-    {
-        char16_t const* name;
-        bool exists, isFile, isDirectory, isLink;
-        long long size;
-    } const cases[] = {
+    std::tuple<char16_t const*, bool, bool, bool, bool, long long> const cases[] = {
         {u"file", true, true, false, false, 5},
         {u"dir", true, false, true, false, -1},
         {u"fifo", true, false, false, false, -1},
@@ -58,23 +53,23 @@ TEST(PathFunctionsTest, TellsEveryKindOfEntryApart)
         {u"missing", false, false, false, false, -1},
         {u"file/inner", false, false, false, false, -1},
     };
-    for (auto const& c : cases) {
-        TPath const path = folder / c.name;
+    for (auto const& [name, exists, isFile, isDirectory, isLink, size] : cases) {
+        TPath const path = folder / name;
         SCOPED_TRACE(path);
         EXPECT_EQ((std::array{PathExists(path), IsRegularFile(path, true), FileExists(path),
                               IsDirectory(path, true), DirectoryExists(path)}),
-                  (std::array{c.exists, c.isFile, c.isFile, c.isDirectory, c.isDirectory}));
-        EXPECT_EQ(GetFileSize(path), c.size);
-        if (c.exists) {
+                  (std::array{exists, isFile, isFile, isDirectory, isDirectory}));
+        EXPECT_EQ(GetFileSize(path), size);
+        if (exists) {
             EXPECT_EQ(
                 (std::array{IsRegularFile(path, false), IsDirectory(path, false), IsSymlink(path)}),
-                (std::array{c.isFile, c.isDirectory, c.isLink}));
+                (std::array{isFile, isDirectory, isLink}));
         } else {
             EXPECT_KOR_ERROR(IsRegularFile(path, false), TPath::Exception, kNoFile);
             EXPECT_KOR_ERROR(IsDirectory(path, false), TPath::Exception, kNoDirectory);
             EXPECT_KOR_ERROR(IsSymlink(path), TPath::Exception, kNoLink);
         }
-        if (c.size < 0) {
+        if (size < 0) {
             EXPECT_KOR_ERROR_TEXT(
                 FileSize(path), TPath::Exception, kNoSize,
                 TFormat(u"Unable to determine size of file '%1' (file does not exist)", path));
@@ -291,12 +286,7 @@ TEST(PathFunctionsTest, PathsThatTheSystemKnows)
 
 TEST(PathFunctionsTest, SaveWritesAndLoadReadsWholeFiles)
 {
-    struct
-    {
-        char16_t const* text;
-        bool toDos, append;
-        char const *atCallback, *bytes;
-    } const cases[] = {
+    std::tuple<char16_t const*, bool, bool, char const*, char const*> const cases[] = {
         {u"a\n\u00E9", false, false, "", "a\n\xC3\xA9"},
         {u"x\n", true, true, "a\n\xC3\xA9", "a\n\xC3\xA9x\r\n"},
         {u"", true, true, "a\n\xC3\xA9x\r\n", "a\n\xC3\xA9x\r\n"},
@@ -304,16 +294,16 @@ TEST(PathFunctionsTest, SaveWritesAndLoadReadsWholeFiles)
     };
     TemporaryFolder const folder;
     LogRecording const log;
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.bytes);
+    for (auto const& [text, toDos, append, atCallback, bytes] : cases) {
+        SCOPED_TRACE(bytes);
         int calls = 0;
-        SaveXMLFile(folder / u"f", c.text, c.toDos, c.append, [&](TPath const& path) {
+        SaveXMLFile(folder / u"f", text, toDos, append, [&, there = atCallback](TPath const& path) {
             EXPECT_EQ(path.NativeString(), (folder / u"f").NativeString());
-            EXPECT_EQ(folder.Read("f"), c.atCallback);
+            EXPECT_EQ(folder.Read("f"), there);
             ++calls;
         });
         EXPECT_EQ(calls, 1);
-        EXPECT_EQ(folder.Read("f"), c.bytes);
+        EXPECT_EQ(folder.Read("f"), bytes);
     }
     EXPECT_THROW(SaveXMLFile(folder / u"f", u"x", false, false, nullptr), std::bad_function_call);
     EXPECT_EQ(log.Lines(), std::vector<std::string>());

@@ -259,13 +259,7 @@ TEST(TPathTest, PositionsOutsideAPathAreErrors)
 
 TEST(TPathTest, EqualityFoldsCaseAndOrderFoldsBackslashes)
 {
-    struct
-    {
-        int line;
-        char16_t const *a, *b;
-        int compared;
-        bool isLess, isGreater;
-    } const cases[] = {
+    std::tuple<int, char16_t const*, char16_t const*, int, bool, bool> const cases[] = {
         {__LINE__, u"/a/b", u"/a/b", 0, false, false},
         {__LINE__, u"/A/b", u"/a/B", 0, true, false},
         {__LINE__, u"a\\b", u"a/b", 1, false, false},
@@ -276,14 +270,14 @@ TEST(TPathTest, EqualityFoldsCaseAndOrderFoldsBackslashes)
         {__LINE__, u"aZ", u"a\\", 1, false, true},
         {__LINE__, u"\u00C4", u"\u00E4", 0, true, false},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.line);
-        TPath const a(c.a);
-        TPath const b(c.b);
+    for (auto const& [line, left, right, expected, isLess, isGreater] : cases) {
+        SCOPED_TRACE(line);
+        TPath const a(left);
+        TPath const b(right);
         int const compared = a.Compare(b);
-        EXPECT_EQ((compared > 0) - (compared < 0), c.compared);
+        EXPECT_EQ((compared > 0) - (compared < 0), expected);
         EXPECT_EQ((std::array{a == b, a != b, a < b, b < a}),
-                  (std::array{compared == 0, compared != 0, c.isLess, c.isGreater}));
+                  (std::array{compared == 0, compared != 0, isLess, isGreater}));
     }
     EXPECT_EQ(TPath::caseSensitivity(), TString::CaseInsensitive);
 }

@@ -19,30 +19,23 @@ Literal const& AsLiteral(std::shared_ptr<TLog::Value> const& value)
 
 TEST(ValueTest, ALiteralHasOneTypeAndItsMemberAlone)
 {
-    struct
-    {
-        std::shared_ptr<TLog::Value> value;
-        int type;
-        TString text;
-        long long integer;
-        double floating;
-        bool truth;
-    } const cases[] = {
-        {Literal::String(u"one"), 0, u"one", 0, 0, false},
-        {Literal::Int(-7), 1, u"", -7, 0, false},
-        {Literal::Double(0.5), 2, u"", 0, 0.5, false},
-        {Literal::Double(0.5, static_cast<Literal::Notation>(7)), 2, u"", 0, 0.5, false},
-        {Literal::Double(0.5, Literal::Scientific), 3, u"", 0, 0.5, false},
-        {Literal::Bool(true), 4, u"", 0, 0, true},
-        {Literal::Null(), 5, u"", 0, 0, false},
-    };
-    for (auto const& c : cases) {
-        for (std::shared_ptr<TLog::Value> const& value : {c.value, c.value->Clone()}) {
+    std::tuple<std::shared_ptr<TLog::Value>, int, TString, long long, double, bool> const cases[] =
+        {
+            {Literal::String(u"one"), 0, u"one", 0, 0, false},
+            {Literal::Int(-7), 1, u"", -7, 0, false},
+            {Literal::Double(0.5), 2, u"", 0, 0.5, false},
+            {Literal::Double(0.5, static_cast<Literal::Notation>(7)), 2, u"", 0, 0.5, false},
+            {Literal::Double(0.5, Literal::Scientific), 3, u"", 0, 0.5, false},
+            {Literal::Bool(true), 4, u"", 0, 0, true},
+            {Literal::Null(), 5, u"", 0, 0, false},
+        };
+    for (auto const& [made, type, text, integer, floating, truth] : cases) {
+        for (std::shared_ptr<TLog::Value> const& value : {made, made->Clone()}) {
             Literal const& literal = AsLiteral(value);
-            EXPECT_TRUE(literal.GetType() == c.type && literal.GetString() == c.text &&
-                        literal.GetInt() == c.integer && literal.GetDouble() == c.floating &&
-                        literal.GetBool() == c.truth)
-                << c.type;
+            EXPECT_TRUE(literal.GetType() == type && literal.GetString() == text &&
+                        literal.GetInt() == integer && literal.GetDouble() == floating &&
+                        literal.GetBool() == truth)
+                << type;
         }
     }
 }

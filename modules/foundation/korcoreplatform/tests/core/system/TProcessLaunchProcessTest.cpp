@@ -42,16 +42,8 @@ private:
 
 TEST_F(TProcessLaunchTest, TellsHowTheProgramEndedAndWhatItWrote)
 {
-    struct Case
-    {
-        int line;
-        char16_t const* script;
-        End end;
-        int exitCode, signal;
-        std::string output, errorOutput;
-    };
     std::string const large(300000, 'x'); // far more than a pipe holds
-    Case const cases[] = {
+    std::tuple<int, char16_t const*, End, int, int, std::string, std::string> const cases[] = {
         {__LINE__, u"exit 0", End::Exited, 0, 0, "", ""},
         {__LINE__, u"echo out; echo err >&2; exit 255", End::Exited, 255, 0, "out\n", "err\n"},
         {__LINE__, u"echo out; kill -KILL $$", End::Signaled, -1, SIGKILL, "out\n", ""},
@@ -63,17 +55,17 @@ TEST_F(TProcessLaunchTest, TellsHowTheProgramEndedAndWhatItWrote)
         {__LINE__, u"sleep 600 & head -c 50000 /dev/zero | tr '\\0' x", End::Exited, 0, 0,
          large.substr(0, 50000), ""}, // who still has the pipes is not waited for
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        TProcessLaunch const launch = Shell(c.script);
+    for (auto const& [line, script, end, exitCode, signal, output, errorOutput] : cases) {
+        SCOPED_TRACE(line);
+        TProcessLaunch const launch = Shell(script);
         for (int run = 0; run != 2; ++run) {
             Result const result = launch.Run();
-            EXPECT_EQ(result.end, c.end);
-            EXPECT_EQ(result.exitCode, c.exitCode);
-            EXPECT_EQ(result.signal, c.signal);
-            EXPECT_EQ(result.Succeeded(), c.end == End::Exited && c.exitCode == 0);
-            EXPECT_TRUE(result.output == c.output) << result.output.size();
-            EXPECT_TRUE(result.errorOutput == c.errorOutput) << result.errorOutput.size();
+            EXPECT_EQ(result.end, end);
+            EXPECT_EQ(result.exitCode, exitCode);
+            EXPECT_EQ(result.signal, signal);
+            EXPECT_EQ(result.Succeeded(), end == End::Exited && exitCode == 0);
+            EXPECT_TRUE(result.output == output) << result.output.size();
+            EXPECT_TRUE(result.errorOutput == errorOutput) << result.errorOutput.size();
             EXPECT_EQ(result.failure, Failure::None);
             EXPECT_EQ(result.error, 0);
             EXPECT_FALSE(result.isOutputCut || result.isErrorCut);
