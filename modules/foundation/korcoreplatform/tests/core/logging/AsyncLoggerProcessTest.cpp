@@ -1,7 +1,6 @@
 #include "korcoreplatform/main/core/logging/AsyncLogger.h"
 
 #include "korcoreplatform/tests/support/ChildProcess.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/LogRecords.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 

@@ -4,7 +4,6 @@
 #include "korcoreplatform/main/core/logging/RotateFileChannel.h"
 #include "korcoreplatform/main/core/logging/Value.h"
 #include "korcoreplatform/tests/support/ChildProcess.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/LogRecords.h"
 #include "korcoreplatform/tests/support/StuckChannel.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"

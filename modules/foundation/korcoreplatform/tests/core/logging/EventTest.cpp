@@ -2,10 +2,8 @@
 
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
-#include "korcoreplatform/main/core/runtime/SessionScope.h"
-#include "korcoreplatform/tests/support/DefaultHooks.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
+#include "korcoreplatform/tests/support/SessionHooks.h"
 #include "korcoreplatform/tests/support/TimeZoneGuard.h"
 #include "korsys/main/system/TStackWalker.h"
 #include "korsys/main/system/TSystemCore.h"
@@ -36,13 +34,11 @@ TString TextOf(std::shared_ptr<TLog::Value> const& value)
 }
 
 /// Takes the host's functions away again.
-class EventTest : public testing::Test
+struct EventTest : testing::Test
 {
-protected:
-    EventTest() { SessionScope::InstallHooks(); }
     ~EventTest() override { ActivityInfoFactory::SetFactoryFunction({}); }
 
-    DefaultHooks const m_hooks;
+    SessionHooks const hooks;
 };
 
 TEST_F(EventTest, WithoutFactoryARecordIsOfThisMoment)

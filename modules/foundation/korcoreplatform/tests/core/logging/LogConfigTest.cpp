@@ -1,6 +1,5 @@
 #include "korcoreplatform/main/core/logging/LogConfig.h"
 
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 

@@ -5,7 +5,6 @@
 #include "korcoreplatform/main/core/logging/MemoryChannel.h"
 #include "korcoreplatform/main/core/runtime/OptMetrics.h"
 #include "korcoreplatform/main/core/system/TElapsedTimer.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 
 namespace {

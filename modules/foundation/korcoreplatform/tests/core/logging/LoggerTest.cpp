@@ -2,7 +2,6 @@
 
 #include "korcoreplatform/main/core/logging/LogMessage.h"
 #include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korsys/tests/support/Threads.h"
 

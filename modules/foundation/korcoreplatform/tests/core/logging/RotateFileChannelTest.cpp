@@ -5,10 +5,6 @@
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 #include "korcoreplatform/tests/support/TimeZoneGuard.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-
 namespace {
 
 using namespace std::chrono_literals;

@@ -3,7 +3,6 @@
 #include "korcoreplatform/main/core/runtime/OptAllowAltPathsFlag_p.h"
 #include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
 #include "korcoreplatform/main/core/runtime/OptMetrics.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
 namespace {

@@ -1,9 +1,8 @@
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
 
 #include "korcoreplatform/main/core/runtime/SessionObjectStore.h"
-#include "korcoreplatform/main/core/runtime/SessionScope.h"
-#include "korcoreplatform/tests/support/DefaultHooks.h"
 #include "korcoreplatform/tests/support/KorTest.h"
+#include "korcoreplatform/tests/support/SessionHooks.h"
 
 #include <boost/any.hpp>
 
@@ -12,13 +11,11 @@ namespace {
 using Object = std::shared_ptr<boost::any>;
 using Context = std::unordered_map<TString, TString>;
 
-/// The thread works for a session; the default hooks are back after each test.
+/// The thread works for a session.
 class CoreThreadContextTest : public testing::Test
 {
 protected:
-    CoreThreadContextTest() { SessionScope::InstallHooks(); }
-
-    DefaultHooks const m_hooks;
+    SessionHooks const m_hooks;
     OwnedSession const m_session;
     SessionScope const m_scope{m_session.Id()};
     std::shared_ptr<ISessionObjects> const m_objects =
@@ -57,7 +54,7 @@ TEST_F(CoreThreadContextTest, ObjectsOfTheTwoKindsGoToTheSessionOfTheThread)
 
 TEST_F(CoreThreadContextTest, EmptyHooksAreTheDefaultsAgain)
 {
-    DefaultHooks::Restore();
+    SessionHooks::Remove();
     ExpectNoSession();
     EXPECT_TRUE(CoreThreadContext::GetSessionId().IsNull());
     EXPECT_EQ(CoreThreadContext::GetSessionObjectsInterface(), nullptr);

@@ -4,7 +4,6 @@
 #include "korcoreplatform/main/core/system/TProcessLaunch.h"
 #include "korcoreplatform/main/core/system/TSystem.h"
 #include "korcoreplatform/tests/support/ChildProcess.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 #include "korsys/tests/support/Threads.h"
 
