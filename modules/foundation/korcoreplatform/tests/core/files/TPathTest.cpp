@@ -12,6 +12,8 @@ constexpr char kBeyondEnd[] = "TPathException_AutoGen_0x2AFC3482";
 constexpr char kBeyondBeginning[] = "TPathException_AutoGen_0xA7D4C6D2";
 constexpr char kOutOfSync[] = "TPathException_AutoGen_0xD1461535";
 
+constexpr char16_t kNoLetter = 0xFFFF;
+
 using Texts = std::vector<TString>;
 
 TPath Verbatim(char16_t const* text)
@@ -32,17 +34,8 @@ TString RandomText(std::mt19937& random)
 
 TEST(TPathTest, EveryPartOfAPath)
 {
-    struct
-    {
-        int line;
-        char16_t const *text, *rootName;
-        int rootDirectory;
-        char16_t const* rootPath;
-        int filenameIndex;
-        char16_t const* filename;
-        int extensionIndex;
-        char16_t const* parent;
-    } const cases[] = {
+    std::tuple<int, char16_t const*, char16_t const*, int, char16_t const*, int, char16_t const*,
+               int, char16_t const*> const cases[] = {
         {__LINE__, u"", u"", -1, u"", -1, u"", -1, u""},
         {__LINE__, u"a.txt", u"", -1, u"", 0, u"a.txt", 2, u""},
         {__LINE__, u"/", u"", 0, u"/", -1, u"", -1, u""},
@@ -67,31 +60,31 @@ TEST(TPathTest, EveryPartOfAPath)
         {__LINE__, u"//?/UNC/s/x.y", u"//?", 3, u"//?/", 10, u"x.y", 12, u"//?/UNC/s"},
         {__LINE__, u"a\\b.c", u"", -1, u"", 0, u"a\\b.c", 4, u""},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.line);
-        TPath const path = Verbatim(c.text);
-        TString const filename(c.filename);
-        bool const hasExtension = c.extensionIndex >= 0;
+    for (auto const& [line, text, rootName, rootDirectory, rootPath, filenameIndex, name,
+                      extensionIndex, parent] : cases) {
+        SCOPED_TRACE(line);
+        TPath const path = Verbatim(text);
+        TString const filename(name);
+        bool const hasExtension = extensionIndex >= 0;
         EXPECT_EQ((Texts{path.RootName(), path.RootPath(), path.Filename(), path.Parent()}),
-                  (Texts{c.rootName, c.rootPath, c.filename, c.parent}));
+                  (Texts{rootName, rootPath, name, parent}));
+        EXPECT_EQ((Texts{path.RootDirectory(), path.Extension(), path.Stem()}),
+                  (Texts{rootDirectory < 0 ? u"" : u"/",
+                         hasExtension ? TString(text).mid(extensionIndex) : TString(),
+                         filename.left(hasExtension ? extensionIndex - 1 - filenameIndex : -1)}));
         EXPECT_EQ(
-            (Texts{path.RootDirectory(), path.Extension(), path.Stem()}),
-            (Texts{c.rootDirectory < 0 ? u"" : u"/",
-                   hasExtension ? TString(c.text).mid(c.extensionIndex) : TString(),
-                   filename.left(hasExtension ? c.extensionIndex - 1 - c.filenameIndex : -1)}));
-        EXPECT_EQ((std::array{path.RootNameLength(), path.RootDirectoryIndex(),
-                              path.FilenameIndex(), path.ExtensionIndex()}),
-                  (std::array{TString(c.rootName).length(), c.rootDirectory, c.filenameIndex,
-                              c.extensionIndex}));
+            (std::array{path.RootNameLength(), path.RootDirectoryIndex(), path.FilenameIndex(),
+                        path.ExtensionIndex()}),
+            (std::array{TString(rootName).length(), rootDirectory, filenameIndex, extensionIndex}));
         EXPECT_EQ((std::array{path.HasRootName(), path.IsAbsolute(), path.HasRootPath(),
                               path.HasFilename(), path.HasStem(), path.HasExtension(),
                               path.IsDots(), path.HasParentPath()}),
-                  (std::array{*c.rootName != 0, c.rootDirectory >= 0, *c.rootPath != 0,
-                              c.filenameIndex >= 0, c.filenameIndex > 0, hasExtension,
-                              filename == u"." || filename == u"..", *c.parent != 0}));
-        bool const isJustRoot = c.filenameIndex < 0 || (filename.isEmpty() && *c.parent == 0);
-        EXPECT_EQ(TString(TPath(path).RemoveFilename()), TString(isJustRoot ? c.text : c.parent));
-        TString const bare = TString(c.text).left(hasExtension ? c.extensionIndex - 1 : -1);
+                  (std::array{*rootName != 0, rootDirectory >= 0, *rootPath != 0,
+                              filenameIndex >= 0, filenameIndex > 0, hasExtension,
+                              filename == u"." || filename == u"..", *parent != 0}));
+        bool const isJustRoot = filenameIndex < 0 || (filename.isEmpty() && *parent == 0);
+        EXPECT_EQ(TString(TPath(path).RemoveFilename()), TString(isJustRoot ? text : parent));
+        TString const bare = TString(text).left(hasExtension ? extensionIndex - 1 : -1);
         EXPECT_EQ(TString(TPath(path).RemoveExtension()), bare);
         EXPECT_EQ(TString(TPath(path).ReplaceExtension(u".o")), bare + u"..o");
         EXPECT_EQ(TString(TPath(path).ReplaceExtension(u"")), bare);
@@ -100,45 +93,37 @@ TEST(TPathTest, EveryPartOfAPath)
 
 TEST(TPathTest, NetworkNames)
 {
-    struct
-    {
-        int line;
-        char16_t const* text;
-        bool isUNC, isSMB;
-        int shareIndex;
-        char16_t const* share;
-        int objectIndex;
-        char16_t const* object;
-        char16_t driveLetter = 0xFFFF;
-    } const cases[] = {
-        {__LINE__, u"//", false, false, 1, u"", 1, u""},
-        {__LINE__, u"//s", true, true, 0, u"", 0, u"//s"},
-        {__LINE__, u"//s/share/x/y/", true, true, 4, u"share", 9, u"/x/y/"},
+    std::tuple<int, char16_t const*, bool, bool, int, char16_t const*, int, char16_t const*,
+               char16_t> const cases[] = {
+        {__LINE__, u"//", false, false, 1, u"", 1, u"", kNoLetter},
+        {__LINE__, u"//s", true, true, 0, u"", 0, u"//s", kNoLetter},
+        {__LINE__, u"//s/share/x/y/", true, true, 4, u"share", 9, u"/x/y/", kNoLetter},
         {__LINE__, u"//host/c$", true, true, 7, u"c$", -1, u"", u'c'},
         {__LINE__, u"//host/C$/dir", true, true, 7, u"C$", 9, u"/dir", u'C'},
-        {__LINE__, u"//host/1$/dir", true, true, 7, u"1$", 9, u"/dir"},
-        {__LINE__, u"//host/cc$", true, true, 7, u"cc$", -1, u""},
-        {__LINE__, u"//?/C:/x", false, true, 1, u"", 1, u""},
-        {__LINE__, u"//?/UNC/s/x", true, true, 4, u"UNC", 7, u"/s/x"},
-        {__LINE__, u"//?/UNC", false, true, 1, u"", 1, u""},
-        {__LINE__, u"//?/unc/s/x", false, true, 1, u"", 1, u""},
-        {__LINE__, u"/c$/x", false, false, 1, u"", 3, u""},
-        {__LINE__, u"C:c$/x", false, false, 0, u"", 4, u""},
-        {__LINE__, u"\\\\s", false, true, 0, u"", -1, u""},
-        {__LINE__, u"SMB://s", false, true, 0, u"", 4, u""},
-        {__LINE__, u"smb:/s", false, false, 0, u"", 4, u""},
+        {__LINE__, u"//host/1$/dir", true, true, 7, u"1$", 9, u"/dir", kNoLetter},
+        {__LINE__, u"//host/cc$", true, true, 7, u"cc$", -1, u"", kNoLetter},
+        {__LINE__, u"//?/C:/x", false, true, 1, u"", 1, u"", kNoLetter},
+        {__LINE__, u"//?/UNC/s/x", true, true, 4, u"UNC", 7, u"/s/x", kNoLetter},
+        {__LINE__, u"//?/UNC", false, true, 1, u"", 1, u"", kNoLetter},
+        {__LINE__, u"//?/unc/s/x", false, true, 1, u"", 1, u"", kNoLetter},
+        {__LINE__, u"/c$/x", false, false, 1, u"", 3, u"", kNoLetter},
+        {__LINE__, u"C:c$/x", false, false, 0, u"", 4, u"", kNoLetter},
+        {__LINE__, u"\\\\s", false, true, 0, u"", -1, u"", kNoLetter},
+        {__LINE__, u"SMB://s", false, true, 0, u"", 4, u"", kNoLetter},
+        {__LINE__, u"smb:/s", false, false, 0, u"", 4, u"", kNoLetter},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.line);
-        TPath const path = Verbatim(c.text);
+    for (auto const& [line, text, isUNC, isSMB, shareIndex, share, objectIndex, object,
+                      driveLetter] : cases) {
+        SCOPED_TRACE(line);
+        TPath const path = Verbatim(text);
         EXPECT_EQ((std::array{path.UNCShareNameIndex(), path.UNCObjectNameIndex()}),
-                  (std::array{c.shareIndex, c.objectIndex}));
-        EXPECT_EQ((Texts{path.UNCShareName(), path.UNCObjectName()}), (Texts{c.share, c.object}));
-        EXPECT_EQ(path.AdminShareDriveLetter(), c.driveLetter);
+                  (std::array{shareIndex, objectIndex}));
+        EXPECT_EQ((Texts{path.UNCShareName(), path.UNCObjectName()}), (Texts{share, object}));
+        EXPECT_EQ(path.AdminShareDriveLetter(), driveLetter);
         EXPECT_EQ((std::array{path.IsUNC(), path.IsSMB(), path.IsExtendedLength(),
                               path.HasUNCObjectName(), path.IsAdminShare()}),
-                  (std::array{c.isUNC, c.isSMB, TString(c.text).startsWith(u"//?/"), *c.object != 0,
-                              c.driveLetter != 0xFFFF}));
+                  (std::array{isUNC, isSMB, TString(text).startsWith(u"//?/"), *object != 0,
+                              driveLetter != kNoLetter}));
     }
 }
 

@@ -234,39 +234,17 @@ TEST(AsyncLoggerSoakTest, RecordsThatCannotBeWrittenAreCounted)
 
 // --- files that take turns ----------------------------------------------------------------------
 
-/// A new file every so many records.
-class EveryFew : public TLog::RotateFileChannel
+/// A new file every 20 records.
+struct EveryFew : TLog::RotateFileChannel
 {
-public:
-    EveryFew(TPath const& path, int records) : RotateFileChannel(path), m_records(records)
-    {
-        Open();
-    }
+    using RotateFileChannel::RotateFileChannel;
+    bool ShouldRotate() const override { return asked++ % 20 == 0 && asked != 1; }
 
-    using RotateFileChannel::Append;
-    void Append(TLog::AccessLevel accessLevel, Severity severity, TLog::Event const& event) override
-    {
-        RotateFileChannel::Append(accessLevel, severity, event);
-        ++m_appended;
-    }
-    bool ShouldRotate() const override { return m_appended >= m_records; }
-    bool Rotate() override
-    {
-        m_appended = 0;
-        ++rotations;
-        return RotateFileChannel::Rotate();
-    }
-    std::string GetName() const { return GetPath().NativeString().toStdString(); }
-
-    int rotations = 0;
-
-private:
-    int m_records;
-    int m_appended = 0;
+    mutable int asked = 0; ///< Before every record.
 };
 
 /// Follows the records of rotations from file to file, through all of them.
-Numbers FollowRotations(std::string path, long& files)
+Numbers FollowRotations(std::string path, long& files, int& rotations)
 {
     std::map<std::string, LogReader> readers;
     auto const next = [&] { return readers.try_emplace(path, path).first->second.Next(); };
@@ -276,6 +254,7 @@ Numbers FollowRotations(std::string path, long& files)
             AddNumber(numbers, record.at("v").get_ref<std::string const&>());
         } else if (record.at("k") == "rotate-log" && record.at("v").at("old-path") == path) {
             path = record.at("v").at("new-path");
+            ++rotations;
             EXPECT_EQ(next().value("v", nlohmann::json()), record.at("v"));
         }
     }
@@ -291,8 +270,9 @@ TEST(AsyncLoggerSoakTest, RotationsUnderLoadLoseAndRepeatNothing)
     constexpr int kThreads = 4;
     auto const deadline = steady_clock::now() + std::chrono::milliseconds(Scaled(10000));
     TemporaryFolder const folder;
-    auto channel = std::make_shared<EveryFew>(folder / u"app.log", 20);
-    std::string const first = channel->GetName();
+    auto channel = std::make_shared<EveryFew>(folder / u"app.log");
+    channel->Open();
+    std::string const first = channel->GetPath().NativeString().toStdString();
     long const descriptors = CountOpenDescriptors();
     std::array<int, kThreads> last = {};
     AsyncLogger& logger = SetLogger(channel);
@@ -308,7 +288,6 @@ TEST(AsyncLoggerSoakTest, RotationsUnderLoadLoseAndRepeatNothing)
     EXPECT_TRUE(logger.FlushAndWait(kLongMs));
     EXPECT_EQ(CountOpenDescriptors(), descriptors);
     TLog::Logger::Set(nullptr);
-    int const rotations = channel->rotations;
     channel.reset();
     EXPECT_EQ(CountOpenDescriptors(), descriptors - 1);
     std::string expected;
@@ -318,7 +297,8 @@ TEST(AsyncLoggerSoakTest, RotationsUnderLoadLoseAndRepeatNothing)
         records += last.at(t) + 1;
     }
     long files = 0;
-    EXPECT_EQ(InShort(FollowRotations(first, files)), expected);
+    int rotations = 0;
+    EXPECT_EQ(InShort(FollowRotations(first, files, rotations)), expected);
     EXPECT_EQ(rotations, (records - 1) / 20);
     std::filesystem::directory_iterator const all(folder.Native(""));
     EXPECT_EQ(std::distance(begin(all), end(all)), files);

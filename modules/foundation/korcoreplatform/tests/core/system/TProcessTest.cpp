@@ -106,6 +106,7 @@ TEST(TProcessTest, EveryWayToStartPassesArgumentsUnchanged)
     unsigned int detached = 0;
     std::function<bool()> const launchers[] = {
         [&] { return TProcess::Execute(kShell, all) == 0; },
+        [&] { return TProcessLaunch(kShell, all).Run().Succeeded(); },
         [&] { return TProcess::RunWithOutput(kShell, all, output, code, -1) == TProcess::NoError; },
         [&] { return TProcess::StartDetached(kShell, all); },
         [&] { return TProcess::StartDetached(kShell, all, TPath(), &detached) && detached > 1; },
