@@ -61,9 +61,14 @@ TEST(TTextEncodingTest, PiecesBecomeTextAndOnlyTheFirstLosesItsMark)
 {
     std::string const latin1 = "<?xml encoding='iso-8859-1'?>";
     TString const latin1Text(latin1.c_str());
+    std::u32string many = U"\uFEFF"; // more than are converted at once
+    for (char32_t c = 0x10001; many.size() < 3000; ++c) {
+        many += c;
+    }
     std::tuple<int, std::vector<std::string>, std::vector<TString>> const cases[] = {
         {__LINE__, {"\xEF\xBB\xBFz\xC3\xA9", "\xEF\xBB\xBFz"}, {u"z\u00E9", u"\uFEFFz"}},
         {__LINE__, {latin1, "\xE9\xFF", ""}, {latin1Text, u"\u00E9\u00FF", u""}},
+        {__LINE__, {Bytes(many, 4)}, {TString::fromStdUString(many.substr(1))}},
         // Bytes that make no whole unit are dropped; what is no character is replaced.
         {__LINE__, {"\xFF\xFEz\0\xE9"s, "\xE9"}, {u"z", u""}},
         {__LINE__, {"\xFF\xFE\0\0z\0\0\0\1\1\1"s, "\1\1\1"}, {u"z", u""}},

@@ -1,12 +1,13 @@
 #include "korcoreplatform/main/core/logging/AsyncLogger.h"
 
+#include "korcoreplatform/main/core/logging/CallbackChannel.h"
 #include "korcoreplatform/main/core/logging/Event.h"
 #include "korcoreplatform/main/core/logging/RotateFileChannel.h"
 #include "korcoreplatform/main/core/logging/Value.h"
 #include "korcoreplatform/tests/support/ChildProcess.h"
 #include "korcoreplatform/tests/support/LogRecords.h"
-#include "korcoreplatform/tests/support/StuckChannel.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
+#include "korsys/main/thread/TEvent.h"
 
 #include <sys/resource.h>
 
@@ -308,13 +309,17 @@ TEST(AsyncLoggerSoakTest, RotationsUnderLoadLoseAndRepeatNothing)
 
 int ExitWhileStuck(std::string const& folder)
 {
-    auto const stuck = std::make_shared<StuckChannel>();
+    static TEvent s_reached;
+    auto const stuck = std::make_shared<TLog::CallbackChannel>([](auto...) {
+        s_reached.Signal();
+        TEvent().Wait(-1);
+    });
     AsyncLogger& logger = SetLogger(MakeFileChannel(LogIn(folder)));
     LogNumber(0, 0);
     logger.Flush();
     logger.AddChannel(stuck);
     LogNumber(0, 1);
-    stuck->reached.Wait();
+    s_reached.Wait(-1);
     return 0;
 }
 
