@@ -17,11 +17,8 @@ TEST(UnitSearchTest, UnitsAndSetsAtEveryLengthAndAlignment)
     std::mt19937 random(101);
     // The low and the high byte of the units agree with another one's: bytes must not be mixed up.
     std::u16string const alphabet = u"aaaaaaab\u6161\u0161\xFFFF";
-    for (std::size_t i = 0; i <= 2 * 140 * 8; ++i) {
-        std::u16string text = RandomText(random, i / 16, i % 16 < 8 ? alphabet : u"a");
-        if (i % 16 >= 8 && !text.empty()) { // the only one, early or late in a long text
-            text[random() % text.size()] = u'b';
-        }
+    for (std::size_t i = 0; i <= 70 * 8; ++i) {
+        std::u16string const text = RandomText(random, i / 8, alphabet);
         Exact const t(text, i % 8);
         int const n = Size(text);
         SCOPED_TRACE(testing::Message() << "length " << n << ", offset " << i % 8);
@@ -37,6 +34,22 @@ TEST(UnitSearchTest, UnitsAndSetsAtEveryLengthAndAlignment)
             ASSERT_EQ(FindNoneOf(t, n, s, Size(set)), int(text.find_first_not_of(set)));
             ASSERT_EQ(FindLastAnyOf(t, n, s, Size(set)), int(text.find_last_of(set)));
             ASSERT_EQ(FindLastNoneOf(t, n, s, Size(set)), int(text.find_last_not_of(set)));
+        }
+    }
+}
+
+// A single unit alone at each place: the random texts mostly have an early one.
+TEST(UnitSearchTest, TheOnlyUnitIsFoundAtEveryPlaceOfALongText)
+{
+    for (int length = 60; length <= 140; length += 5) {
+        for (int at = 0; at < length; ++at) {
+            Exact const t(
+                std::u16string(std::size_t(length), u'a').replace(std::size_t(at), 1, u"b"));
+            ASSERT_EQ(FindUnit(t, length, u'b'), at);
+            ASSERT_EQ(FindLastUnit(t, length, u'b'), at);
+            ASSERT_EQ(FindNoneOf(t, length, u"a", 1), at);
+            ASSERT_EQ(FindText(t, length, u"ba", 2), at < length - 1 ? at : -1);
+            ASSERT_EQ(FindLastText(t, length, u"ab", 2), at - 1);
         }
     }
 }
