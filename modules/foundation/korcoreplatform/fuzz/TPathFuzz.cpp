@@ -18,6 +18,8 @@ void CheckElements(TPath const& path)
         Require(*i == element && i.get() == element && !element.isEmpty());
         TPath::iterator const next = i.next();
         Require(next.prev() == i && *next.prev() == element);
+        TPath::iterator back = next;
+        Require(back-- == next && back == i && *back == element);
         Require(++i == next && *i == *next);
     }
     Require(i == path.end());

@@ -58,7 +58,8 @@ void CheckPieces(std::string const& bytes, std::size_t pieceSize)
     TTextEncoding encoding(bytes.data(), bytes.size());
     for (std::size_t at = 0; at < bytes.size(); at += pieceSize, mark = 0) {
         std::string const piece = bytes.substr(at, pieceSize);
-        TString const text = encoding.ToTString(piece.data(), piece.size());
+        Exact const unaligned(piece, at % 4 + 1);
+        TString const text = encoding.ToTString(unaligned, piece.size());
         Require(text.toStdU16String() ==
                 PlainReading(encoding.Encoding(), piece.substr(std::min(mark, piece.size()))));
     }

@@ -83,16 +83,9 @@ TEST(TFormatStringTest, MissingParametersAreToldAndLeaveTheObjectUsable)
     EXPECT_KOR_ERROR_TEXT(TFormat(u"%1 %3", 1, 2), TFormatString::Exception, kInsufficient,
                           message);
     EXPECT_EQ(format.arg(u"c").result(), u"a c");
-    try {
-        TFormat(u"%99");
-        ADD_FAILURE() << "did not throw";
-    } catch (KorvelException const& e) {
-        std::unique_ptr<KorvelException const> const clone(e.Clone());
-        EXPECT_KOR_ERROR(clone->Throw(), TFormatString::Exception, kInsufficient);
-        // The form for the lowest layers renders what it has.
-        KorvelException const partial(TFormatString(u"%1, %2").arg(u"a"), e.GetErrorInfo());
-        EXPECT_EQ(partial.GetMessagesFront(), u"a, %2");
-    }
+    // The form for the lowest layers renders what it has.
+    KorvelException const partial(TFormatString(u"%1, %2").arg(u"a"), KorTest::SomeError());
+    EXPECT_EQ(partial.GetMessagesFront(), u"a, %2");
 }
 
 TEST(TFormatStringTest, FieldsArePadded)

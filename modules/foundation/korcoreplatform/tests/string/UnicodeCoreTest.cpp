@@ -1,7 +1,6 @@
 #include "korcoreplatform/main/string/UnicodeCore.h"
 
 #include "korcoreplatform/tests/support/AllocationCounter.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 
 using namespace std::string_literals;

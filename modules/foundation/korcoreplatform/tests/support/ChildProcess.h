@@ -4,16 +4,10 @@
 
 #include "korsys/main/system/TPathCore.h"
 #include "korsys/main/system/TSystemCore.h"
-
-#include <gtest/gtest.h>
+#include "korsys/tests/support/KorTest.h"
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <functional>
-#include <map>
-#include <string>
-#include <system_error>
 
 #include <fcntl.h>
 #include <sys/socket.h>

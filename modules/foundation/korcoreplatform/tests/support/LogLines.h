@@ -2,11 +2,9 @@
 
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include "korsys/tests/support/KorTest.h"
 
-#include <sstream>
-#include <string>
-#include <vector>
+#include <nlohmann/json.hpp>
 
 /// `info open-log {"path":"/tmp/app.log"}` for each line; a torn line throws.
 inline std::vector<std::string> LogLines(std::string const& bytes)

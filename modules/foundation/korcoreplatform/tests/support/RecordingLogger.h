@@ -7,14 +7,9 @@
 #include "korcoreplatform/main/core/logging/Logger.h"
 #include "korcoreplatform/main/core/logging/Severity.h"
 #include "korcoreplatform/main/core/logging/Value.h"
-#include "korcoreplatform/main/string/TString.h"
+#include "korcoreplatform/tests/support/KorTest.h"
 
-#include <memory>
 #include <mutex>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 struct LogRecord
 {
@@ -99,12 +94,11 @@ private:
 };
 
 /// Takes in every record of the process while it lives.
-class LogRecording
+struct LogRecording : LoggerInSlot<>
 {
-public:
-    explicit LogRecording(TLog::Severity minimal = TLog::Severity::Trace) : m_logger(minimal) {}
+    explicit LogRecording(TLog::Severity minimal = TLog::Severity::Trace) : LoggerInSlot(minimal) {}
 
-    std::vector<LogRecord> const& Records() const { return m_logger->records; }
+    std::vector<LogRecord> const& Records() const { return (*this)->records; }
 
     std::vector<std::string> Lines() const
     {
@@ -114,7 +108,4 @@ public:
         }
         return lines;
     }
-
-private:
-    LoggerInSlot<> m_logger;
 };

@@ -1,17 +1,9 @@
-/// A folder of a test's own that goes with all that is in it.
+/// A folder of a test's own that goes with all that is in it, and what tests of files check with.
 
 #pragma once
 
 #include "korcoreplatform/main/core/files/TPath.h"
-#include "korcoreplatform/main/string/TString.h"
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
-#include <string>
-#include <system_error>
+#include "korcoreplatform/tests/support/KorTest.h"
 
 /// Native names are relative to the folder.
 class TemporaryFolder
@@ -63,3 +55,11 @@ inline long CountOpenDescriptors()
     std::filesystem::directory_iterator const open("/dev/fd");
     return static_cast<long>(std::distance(begin(open), end(open)));
 }
+
+/// Whoever works in it closes what it opens.
+struct TidyFolder : TemporaryFolder
+{
+    ~TidyFolder() { EXPECT_EQ(CountOpenDescriptors(), descriptors); }
+
+    long const descriptors = CountOpenDescriptors();
+};

@@ -2,33 +2,24 @@
 
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include <stdlib.h>
 #include <time.h>
 
-/// Changes the zone of the process while it lives. The zone is given as the environment gives it.
+/// Changes the zone of the process while it lives; behind it the system's holds. The zone is given
+/// as the environment gives it.
 class TimeZoneGuard
 {
 public:
     explicit TimeZoneGuard(char const* zone)
     {
-        if (char const* const before = ::getenv("TZ")) {
-            m_before = before;
-        }
-        Set(zone);
+        ::setenv("TZ", zone, 1);
+        ::tzset();
     }
     TimeZoneGuard(TimeZoneGuard const&) = delete;
     TimeZoneGuard& operator=(TimeZoneGuard const&) = delete;
-    ~TimeZoneGuard() { Set(m_before ? m_before->c_str() : nullptr); }
-
-private:
-    static void Set(char const* zone)
+    ~TimeZoneGuard()
     {
-        zone != nullptr ? ::setenv("TZ", zone, 1) : ::unsetenv("TZ");
+        ::unsetenv("TZ");
         ::tzset();
     }
-
-    std::optional<std::string> m_before;
 };

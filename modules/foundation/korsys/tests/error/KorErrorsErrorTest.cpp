@@ -2,8 +2,6 @@
 
 #include "korsys/tests/support/KorTest.h"
 
-#include <set>
-
 namespace {
 
 TEST(KorErrorsErrorTest, EveryIdStringSpellsItsNumberAndNoneComesTwice)

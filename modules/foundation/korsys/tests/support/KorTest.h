@@ -20,16 +20,23 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
+#include <map>
 #include <memory>
 #include <optional>
 #include <ostream>
 #include <random>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <tuple>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 #include <vector>
@@ -75,7 +82,7 @@ inline bool FitsList(std::string const& message, std::string const& id)
 
 /// What is wrong with the error that `run` throws, nothing if it is of exactly the class `type`,
 /// has the id string `id`, the message listed for it, the source that its place blames, status
-/// UNKNOWN, and `firstMessage` unless that is empty.
+/// UNKNOWN, `firstMessage` unless that is empty, and a clone that throws the same.
 inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
                                             std::type_info const& type, std::string const& id,
                                             TStringCore const& firstMessage = TStringCore())
@@ -104,6 +111,14 @@ inline testing::AssertionResult ThrowsError(std::function<void()> const& run,
         }
         if (!isListed || (!firstMessage.isEmpty() && e.GetMessagesFront() != firstMessage)) {
             return failure() << "says " << e.what() << ", listed " << ListedMessage(id);
+        }
+        std::unique_ptr<KorvelException const> const clone(e.Clone());
+        try {
+            clone->Throw();
+        } catch (KorvelException const& thrown) {
+            if (typeid(thrown) != type || thrown.GetMessages() != e.GetMessages()) {
+                return failure() << "its clone throws " << typeid(thrown).name();
+            }
         }
         return testing::AssertionSuccess();
     } catch (std::exception const& e) {

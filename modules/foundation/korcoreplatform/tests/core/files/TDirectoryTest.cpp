@@ -1,7 +1,6 @@
 #include "korcoreplatform/main/core/files/TDirectory.h"
 
 #include "korcoreplatform/main/core/files/PathFunctions.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>

@@ -5,7 +5,6 @@
 #include "korcoreplatform/main/core/logging/MemoryChannel.h"
 #include "korcoreplatform/main/core/logging/TConcurrentQueue.h"
 #include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/LogRecords.h"
 #include "korsys/main/thread/TEvent.h"
 

@@ -2,10 +2,8 @@
 
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
-#include "korcoreplatform/main/core/runtime/SessionScope.h"
-#include "korcoreplatform/tests/support/DefaultHooks.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
+#include "korcoreplatform/tests/support/SessionHooks.h"
 #include "korcoreplatform/tests/support/TimeZoneGuard.h"
 #include "korsys/main/system/TStackWalker.h"
 #include "korsys/main/system/TSystemCore.h"
@@ -36,13 +34,11 @@ TString TextOf(std::shared_ptr<TLog::Value> const& value)
 }
 
 /// Takes the host's functions away again.
-class EventTest : public testing::Test
+struct EventTest : testing::Test
 {
-protected:
-    EventTest() { SessionScope::InstallHooks(); }
     ~EventTest() override { ActivityInfoFactory::SetFactoryFunction({}); }
 
-    DefaultHooks const m_hooks;
+    SessionHooks const hooks;
 };
 
 TEST_F(EventTest, WithoutFactoryARecordIsOfThisMoment)
@@ -119,12 +115,7 @@ TEST_F(EventTest, TheThreadsContextGoesBeforeTheActivitysPairs)
     auto const extra = Object::Make({{u"a", Literal::Int(1)}, {u"b", Literal::Int(2)}});
     auto const empty = std::make_shared<Texts>();
     auto const pairs = std::make_shared<Texts>(Texts{{u"a", u"x"}, {u"0", u"y"}});
-    struct
-    {
-        std::shared_ptr<Texts> ofThread;
-        std::shared_ptr<Object> extra;
-        char16_t const* context;
-    } const cases[] = {
+    std::tuple<std::shared_ptr<Texts>, std::shared_ptr<Object>, char16_t const*> const cases[] = {
         {nullptr, nullptr, u"none"},
         {empty, nullptr, u"none"},
         {pairs, nullptr, uR"({"0":"y","a":"x"})"},
@@ -134,13 +125,13 @@ TEST_F(EventTest, TheThreadsContextGoesBeforeTheActivitysPairs)
     };
     OwnedSession const session;
     SessionScope const scope(session.Id());
-    for (auto const& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        CoreThreadContextUtils::SetLoggingContext(c.ofThread);
+    for (auto const& [ofThread, extraPairs, context] : cases) {
+        SCOPED_TRACE(TString(context));
+        CoreThreadContextUtils::SetLoggingContext(ofThread);
         Event const event(u"key", nullptr,
-                          ActivityInfo({}, 1, 2, u"", u"", u"", u"", {}, {}, c.extra));
-        EXPECT_EQ(TextOf(event.GetLoggingContext()), TString(c.context));
-        EXPECT_EQ(event.GetLoggingContext() == extra, c.extra && c.ofThread != pairs);
+                          ActivityInfo({}, 1, 2, u"", u"", u"", u"", {}, {}, extraPairs));
+        EXPECT_EQ(TextOf(event.GetLoggingContext()), TString(context));
+        EXPECT_EQ(event.GetLoggingContext() == extra, extraPairs && ofThread != pairs);
         EXPECT_EQ(event.GetLoggingContext(), Event(event).GetLoggingContext());
     }
     EXPECT_EQ(extra->GetValues().size(), 2u) << "the host's object is left alone";

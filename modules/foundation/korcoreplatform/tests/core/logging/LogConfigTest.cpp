@@ -1,6 +1,5 @@
 #include "korcoreplatform/main/core/logging/LogConfig.h"
 
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
@@ -30,40 +29,35 @@ std::string Nested(int depth)
 
 TEST(LogConfigTest, AFileGivesThresholdsOrAProblem)
 {
-    struct
-    {
-        std::string text;
-        LogDetail::LogDetailEnums category;
-        std::optional<Severity> threshold;
-        Lines problems = {};
-    } const cases[] = {
-        {"\xEF\xBB\xBF{\"Network\":\"trace\"}", Network, Severity::Trace},
-        {R"({"Network":"LogDetail"})", Network, Severity::LogDetail},
-        {R"({"Network":"loud"})", Network, Severity::Off},
-        {R"({"Internet":"Info"})", LogDetail::Count, Severity::Info},
-        {"{\"Memory\xFF\":\"Info\"}", LogDetail::Count, Severity::Info},
-        {"{}", Network, std::nullopt},
-        {"", Network, std::nullopt},
-        {" \n", Network, std::nullopt, {kNotJson}},
-        {R"(["Network"])", Network, std::nullopt, {kNotJson}},
-        {R"("Network")", Network, std::nullopt, {kNotJson}},
-        {R"({"Network":"Warn")", Network, std::nullopt, {kNotJson}},
-        {R"({"Network":"Warn"} {})", Network, std::nullopt, {kNotJson}},
-        {R"({"Network":"Warn",})", Network, std::nullopt, {kNotJson}},
-        {R"({"Network":"Warn","\ud800":"Warn"})", Network, std::nullopt, {kNotJson}},
-        {Nested(10000), Network, std::nullopt, {kNotJson}},
-    };
+    std::tuple<std::string, LogDetail::LogDetailEnums, std::optional<Severity>, Lines> const
+        cases[] = {
+            {"\xEF\xBB\xBF{\"Network\":\"trace\"}", Network, Severity::Trace, {}},
+            {R"({"Network":"LogDetail"})", Network, Severity::LogDetail, {}},
+            {R"({"Network":"loud"})", Network, Severity::Off, {}},
+            {R"({"Internet":"Info"})", LogDetail::Count, Severity::Info, {}},
+            {"{\"Memory\xFF\":\"Info\"}", LogDetail::Count, Severity::Info, {}},
+            {"{}", Network, std::nullopt, {}},
+            {"", Network, std::nullopt, {}},
+            {" \n", Network, std::nullopt, {kNotJson}},
+            {R"(["Network"])", Network, std::nullopt, {kNotJson}},
+            {R"("Network")", Network, std::nullopt, {kNotJson}},
+            {R"({"Network":"Warn")", Network, std::nullopt, {kNotJson}},
+            {R"({"Network":"Warn"} {})", Network, std::nullopt, {kNotJson}},
+            {R"({"Network":"Warn",})", Network, std::nullopt, {kNotJson}},
+            {R"({"Network":"Warn","\ud800":"Warn"})", Network, std::nullopt, {kNotJson}},
+            {Nested(10000), Network, std::nullopt, {kNotJson}},
+        };
     TemporaryFolder const folder;
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.text.substr(0, 80));
-        folder.Write("\u00FC.json", c.text);
+    for (auto const& [text, category, threshold, problems] : cases) {
+        SCOPED_TRACE(text.substr(0, 80));
+        folder.Write("\u00FC.json", text);
         LogConfigSettings settings(folder / u"\u00FC.json");
-        EXPECT_EQ(settings.IsDetailSet(c.category), c.threshold.has_value());
-        EXPECT_EQ(settings.GetDetailSeverity(c.category), c.threshold.value_or(Severity::Off));
-        EXPECT_EQ(settings.DetailAcceptsSeverity(c.category, Severity::Fatal),
-                  c.threshold <= Severity::Fatal && c.threshold);
-        EXPECT_EQ(ProblemsOf(settings), c.problems);
-        EXPECT_EQ(ProblemsOf(settings), c.problems) << "a problem stays";
+        EXPECT_EQ(settings.IsDetailSet(category), threshold.has_value());
+        EXPECT_EQ(settings.GetDetailSeverity(category), threshold.value_or(Severity::Off));
+        EXPECT_EQ(settings.DetailAcceptsSeverity(category, Severity::Fatal),
+                  threshold <= Severity::Fatal && threshold);
+        EXPECT_EQ(ProblemsOf(settings), problems);
+        EXPECT_EQ(ProblemsOf(settings), problems) << "a problem stays";
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/tests/support/AllocationCounter.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 
 #include <regex>

@@ -5,7 +5,6 @@
 #include "korcoreplatform/main/core/logging/MemoryChannel.h"
 #include "korcoreplatform/main/core/runtime/OptMetrics.h"
 #include "korcoreplatform/main/core/system/TElapsedTimer.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 
 namespace {
@@ -39,13 +38,7 @@ TEST(LogScopesTest, AFilterIsThereForTheLengthOfItsScope)
 
 TEST(LogScopesTest, TheTypeDecidesWhichRecordsAreWritten)
 {
-    struct
-    {
-        int type;
-        bool isTracing;
-        Severity minimal;
-        TString keys;
-    } const cases[] = {
+    std::tuple<int, bool, Severity, TString> const cases[] = {
         {0, true, Severity::Info, u" parse"},
         {2, false, Severity::Info, u" begin-parse end-parse"},
         {2, false, Severity::Warn, u""},
@@ -53,10 +46,10 @@ TEST(LogScopesTest, TheTypeDecidesWhichRecordsAreWritten)
         {3, true, Severity::Info, u" begin-parse end-parse"},
         {4, true, Severity::Info, u" parse"},
     };
-    for (auto const& c : cases) {
-        RecordingLogger logger(c.minimal);
-        OptMetrics::SetIsActivityAndResourceTracingEnabledFunction([&] { return c.isTracing; });
-        auto const type = static_cast<ElapsedTimeEventScope::Type>(c.type);
+    for (auto const& [number, isTracing, minimal, expected] : cases) {
+        RecordingLogger logger(minimal);
+        OptMetrics::SetIsActivityAndResourceTracingEnabledFunction([is = isTracing] { return is; });
+        auto const type = static_cast<ElapsedTimeEventScope::Type>(number);
         ElapsedTimeEventScope(logger, u"parse", {{u"file", u"a"}}, type);
         TString keys;
         for (LogRecord const& record : logger.records) {
@@ -65,7 +58,7 @@ TEST(LogScopesTest, TheTypeDecidesWhichRecordsAreWritten)
             EXPECT_EQ(ValuesOf(record).count(u"file"), 1u);
             EXPECT_EQ(ValuesOf(record).count(u"elapsed"), &record == &logger.records.back());
         }
-        EXPECT_EQ(keys, c.keys) << c.type << ' ' << c.isTracing;
+        EXPECT_EQ(keys, expected) << number << ' ' << isTracing;
     }
     OptMetrics::SetIsActivityAndResourceTracingEnabledFunction([] { return false; });
 }

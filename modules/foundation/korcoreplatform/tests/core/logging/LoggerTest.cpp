@@ -2,7 +2,6 @@
 
 #include "korcoreplatform/main/core/logging/LogMessage.h"
 #include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korsys/tests/support/Threads.h"
 
@@ -77,14 +76,7 @@ TEST(LoggerTest, ACategorysThresholdDecidesWhileTheOptionIsOn)
     LoggerInSlot<CountingLogger> const logger(Severity::Fatal);
     logger->SetDetail(Network, Severity::Error);
     logger->SetDetail(LogDetail::Count, Severity::Trace); // is never asked for
-    struct
-    {
-        bool isOn;
-        Severity minimal;
-        LogDetail::LogDetailEnums category;
-        Severity severity;
-        bool isAccepted;
-    } const cases[] = {
+    std::tuple<bool, Severity, LogDetail::LogDetailEnums, Severity, bool> const cases[] = {
         {true, Severity::Fatal, Network, Severity::Error, true},
         {true, Severity::Trace, Network, Severity::Warn, false},
         {true, Severity::Fatal, Caching, Severity::Error, false},
@@ -93,11 +85,11 @@ TEST(LoggerTest, ACategorysThresholdDecidesWhileTheOptionIsOn)
         {false, Severity::Fatal, Network, Severity::Error, false},
         {false, Severity::Trace, Network, Severity::Warn, true},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(&c - cases);
-        SetPerDetail(c.isOn);
-        logger->SetMinimalAcceptedSeverity(c.minimal);
-        ExpectAccepted(*logger, c.category, c.severity, c.isAccepted);
+    for (auto const& [isOn, minimal, category, severity, isAccepted] : cases) {
+        SCOPED_TRACE(testing::Message() << isOn << int(minimal) << int(severity));
+        SetPerDetail(isOn);
+        logger->SetMinimalAcceptedSeverity(minimal);
+        ExpectAccepted(*logger, category, severity, isAccepted);
     }
     logger->ClearDetails();
     EXPECT_FALSE(logger->IsDetailSet(Network));

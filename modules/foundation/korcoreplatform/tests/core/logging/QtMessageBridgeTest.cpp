@@ -1,7 +1,6 @@
 #include "korcoreplatform/main/core/logging/QtMessageBridge.h"
 
 #include "korcoreplatform/main/core/logging/Formatter.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/LogRecords.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"

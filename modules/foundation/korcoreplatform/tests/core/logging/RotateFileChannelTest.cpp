@@ -5,10 +5,6 @@
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 #include "korcoreplatform/tests/support/TimeZoneGuard.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-
 namespace {
 
 using namespace std::chrono_literals;
@@ -76,15 +72,12 @@ TEST(RotateFileChannelTest, AFailureIsToldAndNotTriedAgainForFiveSeconds)
     std::string const name = NameOf(channel);
     std::filesystem::rename(folder.Native("logs"), folder.Native("away"));
     channel.isDue = true;
-    struct Step
-    {
-        steady_clock::duration pause;
-        int attempts;
-    };
-    for (Step const& step : {Step{0s, 2}, Step{0s, 2}, Step{5s, 2}, Step{1ns, 3}, Step{4s, 3}}) {
-        channel.now += step.pause;
+    std::pair<steady_clock::duration, int> const steps[] = {
+        {0s, 2}, {0s, 2}, {5s, 2}, {1ns, 3}, {4s, 3}};
+    for (auto const& [pause, attempts] : steps) {
+        channel.now += pause;
         channel.Append(u"record");
-        EXPECT_EQ(channel.attempts, step.attempts);
+        EXPECT_EQ(channel.attempts, attempts);
         EXPECT_TRUE(channel.ShouldBackOff());
     }
     std::filesystem::create_directory(folder.Native("logs"));

@@ -3,8 +3,6 @@
 #include "korcoreplatform/main/core/logging/Formatter.h"
 #include "korcoreplatform/tests/support/KorTest.h"
 
-#include <type_traits>
-
 namespace {
 
 using namespace TLog;
@@ -12,37 +10,23 @@ using namespace TLog;
 static_assert(!std::is_constructible_v<Literal, char16_t const*>, "would be a truth value");
 static_assert(!std::is_constructible_v<Literal, int>, "could be any kind of number");
 
-Literal const& AsLiteral(std::shared_ptr<TLog::Value> const& value)
-{
-    return dynamic_cast<Literal const&>(*value);
-}
-
 TEST(ValueTest, ALiteralHasOneTypeAndItsMemberAlone)
 {
-    struct
-    {
-        std::shared_ptr<TLog::Value> value;
-        int type;
-        TString text;
-        long long integer;
-        double floating;
-        bool truth;
-    } const cases[] = {
-        {Literal::String(u"one"), 0, u"one", 0, 0, false},
-        {Literal::Int(-7), 1, u"", -7, 0, false},
-        {Literal::Double(0.5), 2, u"", 0, 0.5, false},
-        {Literal::Double(0.5, static_cast<Literal::Notation>(7)), 2, u"", 0, 0.5, false},
-        {Literal::Double(0.5, Literal::Scientific), 3, u"", 0, 0.5, false},
-        {Literal::Bool(true), 4, u"", 0, 0, true},
-        {Literal::Null(), 5, u"", 0, 0, false},
+    std::pair<std::shared_ptr<TLog::Value>, char16_t const*> const cases[] = {
+        {Literal::String(u"one"), u"0 one 0 0 0"},
+        {Literal::Int(-7), u"1  -7 0 0"},
+        {Literal::Double(0.5), u"2  0 0.5 0"},
+        {Literal::Double(0.5, static_cast<Literal::Notation>(7)), u"2  0 0.5 0"},
+        {Literal::Double(0.5, Literal::Scientific), u"3  0 0.5 0"},
+        {Literal::Bool(true), u"4  0 0 1"},
+        {Literal::Null(), u"5  0 0 0"},
     };
-    for (auto const& c : cases) {
-        for (std::shared_ptr<TLog::Value> const& value : {c.value, c.value->Clone()}) {
-            Literal const& literal = AsLiteral(value);
-            EXPECT_TRUE(literal.GetType() == c.type && literal.GetString() == c.text &&
-                        literal.GetInt() == c.integer && literal.GetDouble() == c.floating &&
-                        literal.GetBool() == c.truth)
-                << c.type;
+    for (auto const& [made, members] : cases) {
+        for (std::shared_ptr<TLog::Value> const& value : {made, made->Clone()}) {
+            auto const& literal = dynamic_cast<Literal const&>(*value);
+            EXPECT_EQ(TFormat(u"%1 %2 %3 %4 %5", literal.GetType(), literal.GetString(),
+                              literal.GetInt(), literal.GetDouble(), literal.GetBool()),
+                      members);
         }
     }
 }

@@ -3,7 +3,6 @@
 #include "korcoreplatform/main/core/runtime/AutoSynchronize_p.h"
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
 #include "korcoreplatform/main/core/runtime/ICrashNow.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korsys/tests/support/Threads.h"
 

@@ -3,7 +3,6 @@
 #include "korcoreplatform/main/core/runtime/OptAllowAltPathsFlag_p.h"
 #include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
 #include "korcoreplatform/main/core/runtime/OptMetrics.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
 namespace {
@@ -21,12 +20,8 @@ TEST(CorePlatformOptionsTest, ApplicationDirEndsWithASeparator)
 // What is set here is what the library itself asks; an empty callable stays empty.
 TEST(CorePlatformOptionsTest, CallablesAreKeptAsTheyAre)
 {
-    struct
-    {
-        std::function<bool()> (*get)();
-        void (*set)(std::function<bool()>);
-        bool (*ask)();
-    } const options[] = {
+    using Callable = std::function<bool()>;
+    std::tuple<Callable (*)(), void (*)(Callable), bool (*)()> const options[] = {
         {&CorePlatformOptions::GetIsSeverityPerLogDetailOn,
          &CorePlatformOptions::SetIsSeverityPerLogDetailOn,
          &OptLogSeverity::IsSeverityPerLogDetailOn},
@@ -34,20 +29,20 @@ TEST(CorePlatformOptionsTest, CallablesAreKeptAsTheyAre)
          &CorePlatformOptions::SetIsActivityAndResourceTracingEnabledFunction,
          &OptMetrics::IsActivityAndResourceTracingEnabled},
     };
-    for (auto const& option : options) {
-        SCOPED_TRACE(&option - options);
-        std::function<bool()> const original = option.get();
-        EXPECT_FALSE(original() || option.ask());
+    for (auto const& [get, set, ask] : options) {
+        SCOPED_TRACE(get == std::get<0>(options[0]));
+        Callable const original = get();
+        EXPECT_FALSE(original() || ask());
         bool answer = true;
-        option.set([&] { return answer; });
-        EXPECT_TRUE(option.ask() && option.get()());
+        set([&] { return answer; });
+        EXPECT_TRUE(ask() && get()());
         answer = false;
-        EXPECT_FALSE(option.ask());
-        option.set({});
-        EXPECT_FALSE(option.get());
-        EXPECT_THROW(option.ask(), std::bad_function_call);
-        option.set(original);
-        EXPECT_FALSE(option.ask());
+        EXPECT_FALSE(ask());
+        set({});
+        EXPECT_FALSE(get());
+        EXPECT_THROW(ask(), std::bad_function_call);
+        set(original);
+        EXPECT_FALSE(ask());
     }
 }
 

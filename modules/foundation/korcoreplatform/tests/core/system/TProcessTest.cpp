@@ -4,7 +4,6 @@
 #include "korcoreplatform/main/core/system/TProcessLaunch.h"
 #include "korcoreplatform/main/core/system/TSystem.h"
 #include "korcoreplatform/tests/support/ChildProcess.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 #include "korsys/tests/support/Threads.h"
 
@@ -64,37 +63,30 @@ TEST(TProcessDeathTest, ExitWaitsForWhoeverNobodyElseWaitsFor)
 
 TEST(TProcessTest, RunWithOutputTellsEveryEndAndLeavesNothingBehind)
 {
-    struct Case
-    {
-        char16_t const* program;
-        char16_t const* script;
-        TProcess::ProcessError result;
-        TString output;
-        int exitCode;
-    };
     TString const odd(u"\u00e9\ufffd\0z\n", 5);
     TString const megabyte(u'a', 1 << 20);
-    Case const cases[] = {
-        {u"/bin/sh", u"printf text; echo err >&2", TProcess::NoError, u"text", 0},
-        {u"sh", u":", TProcess::NoError, u"before", 0},
-        {u"sh", u"exit 3", TProcess::UnknownError, u"before", 3},
-        {u"sh", u"printf x; exit 255", TProcess::UnknownError, u"x", 255},
-        {u"sh", u"printf x; kill -9 $$", TProcess::Crashed, u"before", -7},
-        {u"sh", u"printf x; exec sleep 60", TProcess::TimedOut, u"before", -7},
-        {u"sh", u"printf '\\303\\251\\377\\000z\\n'", TProcess::NoError, odd, 0},
-        {u"sh", u"head -c 1048576 /dev/zero | tr '\\0' a", TProcess::NoError, megabyte, 0},
-        {u"/none", u"", TProcess::TimedOut, u"before", -7},
-    };
+    std::tuple<char16_t const*, char16_t const*, TProcess::ProcessError, TString, int> const
+        cases[] = {
+            {u"/bin/sh", u"printf text; echo err >&2", TProcess::NoError, u"text", 0},
+            {u"sh", u":", TProcess::NoError, u"before", 0},
+            {u"sh", u"exit 3", TProcess::UnknownError, u"before", 3},
+            {u"sh", u"printf x; exit 255", TProcess::UnknownError, u"x", 255},
+            {u"sh", u"printf x; kill -9 $$", TProcess::Crashed, u"before", -7},
+            {u"sh", u"printf x; exec sleep 60", TProcess::TimedOut, u"before", -7},
+            {u"sh", u"printf '\\303\\251\\377\\000z\\n'", TProcess::NoError, odd, 0},
+            {u"sh", u"head -c 1048576 /dev/zero | tr '\\0' a", TProcess::NoError, megabyte, 0},
+            {u"/none", u"", TProcess::TimedOut, u"before", -7},
+        };
     long descriptors = 0;
-    for (Case const& c : cases) {
-        SCOPED_TRACE(TString(c.script));
+    for (auto const& [program, script, result, expected, expectedCode] : cases) {
+        SCOPED_TRACE(TString(script));
         TString output(u"before");
         int exitCode = -7;
-        int const timeoutMs = c.result == TProcess::TimedOut ? 300 : kLongMs;
-        Texts const arguments = {u"-c", c.script};
-        EXPECT_EQ(TProcess::RunWithOutput(TPath(c.program), arguments, output, exitCode, timeoutMs),
-                  c.result);
-        EXPECT_TRUE(output == c.output && exitCode == c.exitCode && IsChildless()) << exitCode;
+        int const timeoutMs = result == TProcess::TimedOut ? 300 : kLongMs;
+        Texts const arguments = {u"-c", script};
+        EXPECT_EQ(TProcess::RunWithOutput(TPath(program), arguments, output, exitCode, timeoutMs),
+                  result);
+        EXPECT_TRUE(output == expected && exitCode == expectedCode && IsChildless()) << exitCode;
         descriptors = descriptors == 0 ? CountOpenDescriptors() : descriptors;
         EXPECT_EQ(CountOpenDescriptors(), descriptors); // what the first run opened stays
     }
@@ -114,6 +106,7 @@ TEST(TProcessTest, EveryWayToStartPassesArgumentsUnchanged)
     unsigned int detached = 0;
     std::function<bool()> const launchers[] = {
         [&] { return TProcess::Execute(kShell, all) == 0; },
+        [&] { return TProcessLaunch(kShell, all).Run().Succeeded(); },
         [&] { return TProcess::RunWithOutput(kShell, all, output, code, -1) == TProcess::NoError; },
         [&] { return TProcess::StartDetached(kShell, all); },
         [&] { return TProcess::StartDetached(kShell, all, TPath(), &detached) && detached > 1; },

@@ -1,7 +1,6 @@
 #include "korcoreplatform/main/core/system/TSettings.h"
 
 #include "korcoreplatform/tests/support/ChildProcess.h"
-#include "korcoreplatform/tests/support/KorTest.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
 
 #include <QColor>

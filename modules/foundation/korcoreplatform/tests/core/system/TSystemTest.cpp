@@ -56,13 +56,8 @@ TEST(TSystemTest, AnswersAreWorkedOutFromWhatTheSystemTells)
 
 TEST(TSystemTest, TheVersionIsReadFromAPropertyList)
 {
-    struct Case
-    {
-        char const* list; ///< "KEY" stands for the key.
-        bool isServer;
-        char const* found; ///< Name and parts.
-    };
-    Case const cases[] = {
+    // The list, where "KEY" stands for the key, and the name and parts that are found.
+    std::tuple<char const*, bool, char const*> const cases[] = {
         {"KEY<string>13.4</string>", false, "Mac OS X 13.4|13|4|0"},
         {"KEY\n<string> 10.15.7\n</string>", true, "Mac OS X Server 10.15.7|10|15|7"},
         {"<string>9.9</string>KEY<string>1.2</string><string>3.4</string>", false,
@@ -75,42 +70,37 @@ TEST(TSystemTest, TheVersionIsReadFromAPropertyList)
         {"<string>13.4</string>KEY</string>", false, "-|9|9|9"},
         {"<key>productuservisibleversion</key><string>13.4</string>", false, "-|9|9|9"},
     };
-    for (Case const& c : cases) {
+    for (auto const& [text, isServer, found] : cases) {
         TSystem::OSVersionInfo info;
         info.name = u"-";
         info.majorVersion = info.minorVersion = info.patchVersion = 9;
-        TString list(c.list);
+        TString list(text);
         list.replace(u"KEY", u"<key>ProductUserVisibleVersion</key>");
-        SystemAnswers::ReadVersion(list, c.isServer, info);
+        SystemAnswers::ReadVersion(list, isServer, info);
         EXPECT_EQ(info.name + u"|" + TString::number(info.majorVersion) + u"|" +
                       TString::number(info.minorVersion) + u"|" +
                       TString::number(info.patchVersion),
-                  TString(c.found))
-            << c.list;
+                  TString(found))
+            << text;
     }
 }
 
 TEST(TSystemTest, VariablesAreReadByEitherFormOfTheName)
 {
     constexpr char kName[] = "KOR_TEST_VARIABLE_\xc3\xa9";
-    struct Case
-    {
-        char const* value; ///< Null: there is no variable.
-        char16_t const* text;
-        bool flag, flagByDefault;
-    };
-    Case const cases[] = {
+    // No value: there is no variable.
+    std::tuple<char const*, char16_t const*, bool, bool> const cases[] = {
         {nullptr, u"default", false, true}, {"", u"", false, false},
         {"TrUE", u"TrUE", true, true},      {"1", u"1", false, false},
         {"true ", u"true ", false, false},  {"\xc3\xa9\xff", u"\u00e9\ufffd", false, false},
     };
-    for (Case const& c : cases) {
-        c.value != nullptr ? ::setenv(kName, c.value, 1) : ::unsetenv(kName);
-        EXPECT_EQ(TSystem::EnvironmentContains(TString(kName)), c.value != nullptr);
-        EXPECT_EQ(TSystem::EnvironmentString(TString(kName), u"default"), TString(c.text));
-        EXPECT_EQ(TSystem::EnvironmentString(kName, u"default"), TString(c.text));
-        EXPECT_EQ(TSystem::EnvironmentBool(TString(kName), false), c.flag) << c.value;
-        EXPECT_EQ(TSystem::EnvironmentBool(kName, true), c.flagByDefault) << c.value;
+    for (auto const& [value, text, flag, flagByDefault] : cases) {
+        value != nullptr ? ::setenv(kName, value, 1) : ::unsetenv(kName);
+        EXPECT_EQ(TSystem::EnvironmentContains(TString(kName)), value != nullptr);
+        EXPECT_EQ(TSystem::EnvironmentString(TString(kName), u"default"), TString(text));
+        EXPECT_EQ(TSystem::EnvironmentString(kName, u"default"), TString(text));
+        EXPECT_EQ(TSystem::EnvironmentBool(TString(kName), false), flag) << value;
+        EXPECT_EQ(TSystem::EnvironmentBool(kName, true), flagByDefault) << value;
     }
     ::unsetenv(kName);
 }
