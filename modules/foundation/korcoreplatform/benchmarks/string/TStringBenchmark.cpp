@@ -14,17 +14,12 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <memory>
-#include <new>
 #include <string>
 
 namespace {
 
 using PeerTable::Repeat;
-using PeerTable::RepeatAction;
 using PeerTable::Row;
 
 /// One text in all four types. Copies of a `Texts` would share blocks, which is what "copy" rows
@@ -95,58 +90,6 @@ bool MakeAndCopy()
     return true;
 }
 
-/// The least that appending to a shared text takes, by hand: is it the only owner, is there room,
-/// what is the length, a unit with the zero behind it, the new length.
-class CountedBlock
-{
-public:
-    CountedBlock() { Grow(); }
-    CountedBlock(CountedBlock const&) = delete;
-    CountedBlock& operator=(CountedBlock const&) = delete;
-    ~CountedBlock() { std::free(static_cast<void*>(m_block)); }
-
-    void append(char16_t c)
-    {
-        std::uint32_t const length = m_block->length;
-        if (m_block->owners.load(std::memory_order_acquire) != 1 || length == m_block->capacity) {
-            Grow();
-        }
-        m_block->length = length + 1;
-        std::uint32_t const last = c; // the unit and the zero, on little-endian processors
-        std::memcpy(reinterpret_cast<char16_t*>(m_block + 1) + length, &last, sizeof(last));
-    }
-
-private:
-    struct alignas(16) Block
-    {
-        std::atomic<std::int32_t> owners;
-        std::uint32_t length;
-        std::uint32_t capacity;
-    };
-
-    void Grow()
-    {
-        constexpr std::uint32_t kFirst = 55;
-        bool const isFirst = m_block == nullptr;
-        std::uint32_t const capacity = isFirst ? kFirst : 2 * m_block->capacity;
-        void* const grown =
-            std::realloc(static_cast<void*>(m_block), sizeof(Block) + (capacity + 1) * 2);
-        if (grown == nullptr) {
-            throw std::bad_alloc();
-        }
-        m_block = isFirst ? new (grown) Block{{1}, 0, 0} : static_cast<Block*>(grown);
-        m_block->capacity = capacity;
-    }
-
-    Block* m_block = nullptr;
-};
-
-/// A function of a library is called; what is a template is not.
-[[gnu::noinline]] void CalledAppend(std::u16string& to, std::u16string const& text)
-{
-    to.append(text);
-}
-
 bool AppendAndConcatenate()
 {
     Row("append one unit up to 1000", 1.0)
@@ -177,14 +120,7 @@ bool AppendAndConcatenate()
                       s.push_back(char16_t(u'a' + (i & 15)));
                   }
                   return s;
-              }))
-        .Limit("block by hand", RepeatAction([] {
-                   CountedBlock block;
-                   for (int i = 0; i < 1000; ++i) {
-                       block.append(char16_t(u'a' + (i & 15)));
-                   }
-                   benchmark::DoNotOptimize(block);
-               }));
+              }));
     Texts const ten(SampleTexts::Words(10));
     Row("append ten units up to 1000", 1.0)
         .Ours(Repeat([ten] {
@@ -214,14 +150,7 @@ bool AppendAndConcatenate()
                       s.append(ten.std);
                   }
                   return s;
-              }))
-        .Limit("std behind a call", Repeat([ten] {
-                   std::u16string s;
-                   for (int i = 0; i < 100; ++i) {
-                       CalledAppend(s, ten.std);
-                   }
-                   return s;
-               }));
+              }));
     for (int n : {4, 20}) {
         Texts const a(SampleTexts::Words(n));
         Texts const b(SampleTexts::Words(n, 2));

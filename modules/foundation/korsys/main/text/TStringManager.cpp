@@ -35,6 +35,14 @@ std::int64_t GrownCapacity(std::int64_t oldCapacity, std::int64_t wanted)
     return std::min<std::int64_t>(std::max(grown, wanted), TStringManager::kMaxLength);
 }
 
+/// For `n` units behind a text of `length`, and some besides.
+std::int64_t RoomFor(std::uint32_t length, int n)
+{
+    std::int64_t const newLength = std::int64_t(length) + n;
+    CheckLength(newLength);
+    return GrownCapacity(length, newLength);
+}
+
 std::int32_t CapacityOf(std::size_t bytes)
 {
     std::size_t const units = (bytes - sizeof(TLongStringHeader)) / sizeof(char16_t) - 1;
@@ -68,6 +76,27 @@ TLongStringHeader* TLongStringHeader::resized(TLongStringHeader* header, std::in
     auto* const moved = static_cast<TLongStringHeader*>(memory);
     moved->capacity = CapacityOf(bytes);
     return moved;
+}
+
+TLongStringHeader* TLongStringHeader::grown(TLongStringHeader* header, std::uint32_t length, int n)
+{
+    std::int64_t const room = RoomFor(length, n);
+    if (!header->isShared()) {
+        return resized(header, room);
+    }
+    TLongStringHeader* const block = create(room);
+    std::memcpy(block->text(), header->text(), length * sizeof(char16_t));
+    header->release();
+    return block;
+}
+
+TLongStringHeader* TLongStringHeader::grown(char16_t const (&units)[16], std::uint32_t length,
+                                            int n)
+{
+    std::int64_t const room = RoomFor(length, n);
+    TLongStringHeader* const block = create(std::max<std::int64_t>(room, kFirstBlockUnits));
+    std::memcpy(block->text(), units, sizeof(units));
+    return block;
 }
 
 void TLongStringHeader::destroy(TLongStringHeader* header) noexcept
@@ -140,16 +169,6 @@ char16_t* TStringManager::resizeForOverwriteSlowly(int n)
         setHeader(block);
     }
     return setLength(n);
-}
-
-char16_t* TStringManager::extendSlowly(int n)
-{
-    int const oldLength = length();
-    std::int64_t const newLength = static_cast<std::int64_t>(oldLength) + n;
-    CheckLength(newLength);
-    std::int64_t const room = GrownCapacity(oldLength, newLength);
-    moveToBlock(isLong() ? room : std::max<std::int64_t>(room, kFirstBlockUnits), oldLength);
-    return setLength(static_cast<int>(newLength)) + oldLength;
 }
 
 void TStringManager::reserve(int n)

@@ -50,6 +50,16 @@ struct alignas(16) TLongStringHeader
     KORSYS_EXPORT static TLongStringHeader* resized(TLongStringHeader* header,
                                                     std::int64_t capacity);
 
+    /// A block owned once that holds the text of `header`, which is `length` units long, and has
+    /// room for `n` more and some besides. One ownership of `header` goes over to it.
+    /// Throws: as `TStringManager::resize`; nothing changed.
+    KORSYS_EXPORT static TLongStringHeader* grown(TLongStringHeader* header, std::uint32_t length,
+                                                  int n);
+
+    /// The same for a text of up to 16 units that is in no block.
+    KORSYS_EXPORT static TLongStringHeader* grown(char16_t const (&units)[16], std::uint32_t length,
+                                                  int n);
+
 private:
     KORSYS_EXPORT static void destroy(TLongStringHeader* header) noexcept;
 };
@@ -163,42 +173,27 @@ public:
     /// Requires: `n` is not negative.
     char16_t* extend(int n)
     {
-        if (isLong()) {
-            TLongStringHeader* const block = header();
-            std::uint32_t const oldLength = longLength();
-            if (static_cast<std::uint32_t>(n) <= block->room(oldLength) && !block->isShared()) {
-                return setLongLength(block, oldLength + static_cast<std::uint32_t>(n)) + oldLength;
-            }
-        } else {
+        if (!isLong() && n <= kShortCapacity - m_units[kFormUnit]) {
             int const oldLength = m_units[kFormUnit];
-            if (n <= kShortCapacity - oldLength) {
-                setShortLength(oldLength + n);
-                return m_units + oldLength;
-            }
+            setShortLength(oldLength + n);
+            return m_units + oldLength;
         }
-        return extendSlowly(n);
+        auto const [block, oldLength] = makeRoom(n);
+        return setLongLength(block, oldLength + static_cast<std::uint32_t>(n)) + oldLength;
     }
 
     /// Adds one unit at the end.
     void extendWith(char16_t c)
     {
-        if (isLong()) {
-            TLongStringHeader* const block = header();
-            std::uint32_t const oldLength = longLength();
-            if (block->room(oldLength) != 0 && !block->isShared()) {
-                storeLongLength(block, oldLength + 1);
-                putLast(block->text() + oldLength, c);
-                return;
-            }
-        } else {
+        if (!isLong() && m_units[kFormUnit] < kShortCapacity) {
             int const oldLength = m_units[kFormUnit];
-            if (oldLength < kShortCapacity) {
-                m_units[kFormUnit] = static_cast<char16_t>(oldLength + 1);
-                putLast(m_units + oldLength, c);
-                return;
-            }
+            m_units[kFormUnit] = static_cast<char16_t>(oldLength + 1);
+            putLast(m_units + oldLength, c);
+            return;
         }
-        *extendSlowly(1) = c;
+        auto const [block, oldLength] = makeRoom(1);
+        storeLongLength(block, oldLength + 1);
+        putLast(block->text() + oldLength, c);
     }
 
     /// Makes room for `n` units in all. Up to 14 there always is.
@@ -375,10 +370,37 @@ private:
         std::memcpy(m_units, other.m_units, sizeof(m_units));
     }
 
+    /// A block of the object's own, and the length of the text in it.
+    struct OwnBlock
+    {
+        TLongStringHeader* block;
+        std::uint32_t length;
+    };
+
+    /// Makes a text long, if it is not, and has room for `n` more units. What is called here never
+    /// sees the object itself, so that a compiler keeps its parts in registers through a loop that
+    /// appends.
+    OwnBlock makeRoom(int n)
+    {
+        if (!isLong()) {
+            char16_t units[kUnits];
+            std::memcpy(units, m_units, sizeof(m_units));
+            std::uint32_t const length = m_units[kFormUnit];
+            setHeader(TLongStringHeader::grown(units, length, n));
+            return {header(), length};
+        }
+        TLongStringHeader* const block = header();
+        std::uint32_t const length = longLength();
+        if (block->room(length) < static_cast<std::uint32_t>(n) || block->isShared()) {
+            setHeader(TLongStringHeader::grown(block, length, n));
+            return {header(), length};
+        }
+        return {block, length};
+    }
+
     void detach();
     void moveToBlock(std::int64_t capacity, int keptUnits);
     char16_t* setLength(int n) noexcept;
-    char16_t* extendSlowly(int n);
     char16_t* resizeForOverwriteSlowly(int n);
 
     alignas(void*) char16_t m_units[kUnits];
