@@ -111,7 +111,8 @@ KOR_READS_LINES KOR_AVX2 inline std::uint64_t ZeroBytesOfLine(__m256i const* lin
     __m256i const zero = _mm256_setzero_si256();
     int const low = _mm256_movemask_epi8(_mm256_cmpeq_epi16(line[0], zero));
     int const high = _mm256_movemask_epi8(_mm256_cmpeq_epi16(line[1], zero));
-    return std::uint64_t(static_cast<std::uint32_t>(high)) << kBlock |
+    constexpr std::size_t kBitsOfBlock = kBlock; // one a byte
+    return std::uint64_t(static_cast<std::uint32_t>(high)) << kBitsOfBlock |
            static_cast<std::uint32_t>(low);
 }
 
