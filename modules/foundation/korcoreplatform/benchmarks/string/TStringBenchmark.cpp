@@ -14,12 +14,16 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 
 namespace {
 
 using PeerTable::Repeat;
+using PeerTable::RepeatAction;
 using PeerTable::Row;
 
 /// One text in all four types. Copies of a `Texts` would share blocks, which is what "copy" rows
@@ -35,6 +39,101 @@ struct Texts
     TString ours;
     QString qt;
     icu::UnicodeString icu;
+};
+
+/// The least code that appends a unit to a text of this library's layout: 32 bytes with the form in
+/// the last unit, a long text in a block that others may own, with its length in front.
+class BareText
+{
+public:
+    BareText() noexcept { std::memset(m_units, 0, sizeof(m_units)); }
+    ~BareText()
+    {
+        if (isLong()) {
+            std::free(block());
+        }
+    }
+    BareText(BareText const&) = delete;
+    BareText& operator=(BareText const&) = delete;
+
+    void append(char16_t c)
+    {
+        if (!isLong()) {
+            unsigned const length = m_units[kForm];
+            if (length < 14) {
+                m_units[kForm] = char16_t(length + 1);
+                putLast(m_units + length, c);
+                return;
+            }
+            char16_t units[16];
+            std::memcpy(units, m_units, sizeof(units));
+            setBlock(firstBlock(units));
+            std::memcpy(m_units + 4, &length, sizeof(length));
+            m_units[kForm] = 0xFFFF;
+        }
+        Block* owned = block();
+        unsigned length;
+        std::memcpy(&length, m_units + 4, sizeof(length));
+        if (length >= unsigned(owned->capacity)
+            || owned->references.load(std::memory_order_acquire) != 1) {
+            owned = grown(owned);
+            setBlock(owned);
+        }
+        unsigned const newLength = length + 1;
+        std::memcpy(m_units + 4, &newLength, sizeof(newLength));
+        owned->length = int(newLength);
+        putLast(reinterpret_cast<char16_t*>(owned + 1) + length, c);
+    }
+
+private:
+    struct alignas(16) Block
+    {
+        std::atomic<int> references;
+        int length;
+        int capacity;
+    };
+
+    static constexpr int kForm = 15;
+
+    bool isLong() const { return std::int16_t(m_units[kForm]) < 0; }
+
+    Block* block() const
+    {
+        Block* block;
+        std::memcpy(&block, m_units, sizeof(block));
+        return block;
+    }
+
+    void setBlock(Block* block) { std::memcpy(m_units, &block, sizeof(block)); }
+
+    static void putLast(char16_t* to, char16_t c)
+    {
+        std::uint32_t const withZero = c;
+        std::memcpy(to, &withZero, sizeof(withZero));
+    }
+
+    static Block* allocated(void* old, int capacity)
+    {
+        auto const bytes = sizeof(Block) + (std::size_t(capacity) + 1) * sizeof(char16_t);
+        auto* const block = static_cast<Block*>(std::realloc(old, bytes));
+        block->capacity = capacity;
+        return block;
+    }
+
+    __attribute__((noinline)) static Block* grown(Block* old)
+    {
+        return allocated(static_cast<void*>(old), 2 * old->capacity);
+    }
+
+    __attribute__((noinline)) static Block* firstBlock(char16_t const (&units)[16])
+    {
+        Block* const block = allocated(nullptr, 55);
+        block->references = 1;
+        std::memcpy(static_cast<void*>(block + 1), units, sizeof(units));
+        return block;
+    }
+
+    alignas(void*) char16_t m_units[16];
 };
 
 bool MakeAndCopy()
@@ -120,7 +219,14 @@ bool AppendAndConcatenate()
                       s.push_back(char16_t(u'a' + (i & 15)));
                   }
                   return s;
-              }));
+              }))
+        .Limit("layout", RepeatAction([] {
+                   BareText s;
+                   for (int i = 0; i < 1000; ++i) {
+                       s.append(char16_t(u'a' + (i & 15)));
+                   }
+                   benchmark::DoNotOptimize(s);
+               }));
     Texts const ten(SampleTexts::Words(10));
     Row("append ten units up to 1000", 1.0)
         .Ours(Repeat([ten] {

@@ -288,25 +288,28 @@ TStringCore& TStringCore::fill(char16_t c, int n)
 
 TStringCore& TStringCore::append(TStringCore const& text)
 {
+    if (isLong() && &text != this && appendInBlock(text.constData(), text.length())) {
+        return *this;
+    }
+    return appendSlowly(text);
+}
+
+/// Apart from `append`, which then has no registers to save.
+TStringCore& TStringCore::appendSlowly(TStringCore const& text)
+{
     int const n = text.length();
-    if (&text == this || n == 0 || (isEmpty() && !isLong())) {
-        return appendSpecial(text);
+    if (n == 0) {
+        return *this;
+    }
+    if (isEmpty() && !isLong()) {
+        return assign(text); // takes the other's block
+    }
+    if (&text == this) {
+        TStringCore const copy(text);
+        return append(copy);
     }
     copyUnits(extend(n), text.constData(), n);
     return *this;
-}
-
-/// What is not just copying: an empty text takes the other's block, a text may be added to itself.
-TStringCore& TStringCore::appendSpecial(TStringCore const& text)
-{
-    if (text.isEmpty()) {
-        return *this;
-    }
-    if (isEmpty()) {
-        return assign(text);
-    }
-    TStringCore const copy(text);
-    return append(copy);
 }
 
 TStringCore& TStringCore::append(char16_t const* text, int len)

@@ -526,7 +526,7 @@ protected:
 
 private:
     void construct(char16_t const* text, int len);
-    TStringCore& appendSpecial(TStringCore const& text);
+    TStringCore& appendSlowly(TStringCore const& text);
     TStringCore& keep(int from, int n);
     char16_t* splice(int pos, int removed, int inserted);
     void decodeUtf8(char const* text, std::size_t n);

@@ -231,6 +231,20 @@ protected:
         setShortLength(n);
     }
 
+    /// Adds `n` units, which are not the object's own, to a long text whose block has no other
+    /// owner and has room for them. Returns whether it did.
+    bool appendInBlock(char16_t const* units, int n) noexcept
+    {
+        TLongStringHeader* const block = header();
+        std::uint32_t const oldLength = longLength();
+        if (block->room(oldLength) < static_cast<std::uint32_t>(n) || block->isShared()) {
+            return false;
+        }
+        copyUnits(setLongLength(block, oldLength + static_cast<std::uint32_t>(n)) + oldLength,
+                  units, n);
+        return true;
+    }
+
     /// Gives up the block of a long text; the units of the short form are then to be written.
     void becomeShort() noexcept
     {
