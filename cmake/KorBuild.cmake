@@ -112,7 +112,9 @@ function(kor_add_library module)
     # taken still comes from the global table, so a function has one address in the whole process and
     # a thrown type has one type information. The linker's -Bsymbolic-functions would break the
     # first in programs that are not position independent, so it is not used.
-    target_compile_options(${module} PRIVATE "$<$<NOT:$<CONFIG:Debug>>:-fno-semantic-interposition>")
+    # Calls into other libraries go straight to their targets, which are found when the library loads.
+    target_compile_options(${module} PRIVATE
+        "$<$<NOT:$<CONFIG:Debug>>:-fno-semantic-interposition;-fno-plt>")
 endfunction()
 
 # kor_add_tests(<module> LINK <targets>): <module>_tests from every *Test.cpp of the module. A file

@@ -127,6 +127,15 @@ int FindUnit(char16_t const* text, int length, char16_t unit) noexcept
 
 int FindLastUnit(char16_t const* text, int length, char16_t unit) noexcept
 {
+    __m128i const wanted = Repeat(unit);
+    for (; length >= 2 * kBlock; length -= 2 * kBlock) {
+        char16_t const* const block = text + length - 2 * kBlock;
+        __m128i const equal = _mm_packs_epi16(_mm_cmpeq_epi16(Load(block), wanted),
+                                              _mm_cmpeq_epi16(Load(block + kBlock), wanted));
+        if (unsigned const mask = UnitScan::MaskOf(equal)) { // a bit a unit
+            return length - 2 * kBlock + (31 - __builtin_clz(mask));
+        }
+    }
     return UnitScan::Backwards(UnitScan::OneOf<1>(text, &unit), length, kStop);
 }
 
