@@ -74,8 +74,8 @@ public:
         Block* owned = block();
         unsigned length;
         std::memcpy(&length, m_units + 4, sizeof(length));
-        if (length >= unsigned(owned->capacity)
-            || owned->references.load(std::memory_order_acquire) != 1) {
+        if (length >= unsigned(owned->capacity) ||
+            owned->references.load(std::memory_order_acquire) != 1) {
             owned = grown(owned);
             setBlock(owned);
         }

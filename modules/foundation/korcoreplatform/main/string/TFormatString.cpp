@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <utility>
 
 using TFormatDetail::Layout;
 
@@ -27,10 +28,30 @@ TFormatString::TFormatString(char const* formatString) : TFormatString(TString(f
 
 TFormatString::TFormatString(char16_t const* formatString) : TFormatString(TString(formatString)) {}
 
+TFormatString::TFormatString(TFormatString&& other) noexcept
+    : m_maxMarker(std::exchange(other.m_maxMarker, 0)), m_markers(std::move(other.m_markers)),
+      m_parameters(std::move(other.m_parameters)), m_formatString(std::move(other.m_formatString))
+{}
+
+TFormatString& TFormatString::operator=(TFormatString&& other) noexcept
+{
+    TFormatString moved(std::move(other)); // first: the other may be this object
+    std::swap(m_maxMarker, moved.m_maxMarker);
+    m_markers.swap(moved.m_markers);
+    m_parameters.swap(moved.m_parameters);
+    m_formatString.swap(moved.m_formatString);
+    return *this;
+}
+
 TFormatString& TFormatString::operator=(TString const& formatString)
 {
     setTemplate(formatString);
     return *this;
+}
+
+TFormatString& TFormatString::operator=(char const* formatString)
+{
+    return *this = TString(formatString);
 }
 
 TFormatString& TFormatString::operator=(char16_t const* formatString)

@@ -48,14 +48,15 @@ public:
     TFormatString(char const* formatString); ///< UTF-8.
     TFormatString(char16_t const* formatString);
     TFormatString(TFormatString const&) = default;
-    TFormatString(TFormatString&&) noexcept = default;
+    TFormatString(TFormatString&& other) noexcept; ///< Leaves an empty template.
     ~TFormatString() = default;
 
     TFormatString& operator=(TFormatString const&) = default;
-    TFormatString& operator=(TFormatString&&) noexcept = default;
+    TFormatString& operator=(TFormatString&& other) noexcept; ///< Of itself, nothing changes.
 
     /// Replace the template; the parameters stay.
     TFormatString& operator=(TString const& formatString);
+    TFormatString& operator=(char const* formatString); ///< UTF-8.
     TFormatString& operator=(char16_t const* formatString);
 
     TString const& formatString() const noexcept { return m_formatString; }
@@ -64,7 +65,7 @@ public:
     /// to that width, a negative one on the right; a longer text is never cut. Numbers are padded
     /// as finished texts: zeros as fill come before the sign. Throws: `StringException` with id
     /// AutoGen_0x30E31408 for a base outside 2 to 64, AutoGen_0xC83B3D89 for a field wider than the
-    /// longest text.
+    /// longest text. `wchar_t` and `char32_t` bind as numbers.
     TFormatString& arg(TString const& value, int fieldWidth = 0, char16_t fill = u' ');
     TFormatString& arg(char16_t c, int fieldWidth = 0, char16_t fill = u' ');
     TFormatString& arg(char c, int fieldWidth = 0, char16_t fill = u' '); ///< A Latin-1 character.

@@ -242,8 +242,11 @@ int TString::Replace(char16_t before, char16_t after)
 
 char16_t* TString::GetBuffer(int minLength)
 {
-    reserve(std::max(minLength, length()));
-    return data();
+    int const n = std::max(minLength, length());
+    reserve(n);
+    char16_t* const units = data();
+    units[n] = 0; // so that `ReleaseBuffer` finds an end also behind a buffer that was filled
+    return units;
 }
 
 char16_t* TString::GetBufferSetLength(int n)

@@ -183,6 +183,7 @@ public:
     {
         return self(TStringCore::replace(pos, n, after));
     }
+    TString& replace(char16_t, char16_t, int) = delete; ///< It would be a position and a count.
     TString& replace(char16_t before, char16_t after, CaseSensitivity cs = CaseSensitive)
     {
         return self(TStringCore::replace(before, after, cs));
@@ -304,11 +305,11 @@ public:
     bool operator>=(char other) const { return *this >= unitOf(other); }
     bool operator>=(char const* other) const { return *this >= TStringCore(other); }
 
-    /// The order in which people expect texts in a list: -1, 0 or 1. The rules are those of the
-    /// locale that the environment names when the first texts are compared (LC_ALL, LC_COLLATE,
-    /// LANG); in the C locale capitals sort before small letters. Despite the name, case counts;
-    /// and an empty text sorts after every other, which callers rely on. A null `other` counts as
-    /// empty.
+    /// The order in which people expect texts in a list: -1, 0 or 1. The rules are those of
+    /// ICU's default locale when the first texts are compared, which the environment names (LC_ALL,
+    /// LC_MESSAGES, LANG) unless the host sets another; in the C locale capitals sort before small
+    /// letters. Despite the name, case counts; and an empty text sorts after every other, which
+    /// callers rely on. A null `other` counts as empty.
     int CollateNoCase(char16_t const* other) const;
 
     // Search
@@ -817,6 +818,30 @@ inline bool operator>(char16_t a, TString const& b)
     return b < a;
 }
 inline bool operator>=(char16_t a, TString const& b)
+{
+    return b <= a;
+}
+inline bool operator==(QString const& a, TString const& b)
+{
+    return b == a;
+}
+inline bool operator!=(QString const& a, TString const& b)
+{
+    return b != a;
+}
+inline bool operator<(QString const& a, TString const& b)
+{
+    return b > a;
+}
+inline bool operator<=(QString const& a, TString const& b)
+{
+    return b >= a;
+}
+inline bool operator>(QString const& a, TString const& b)
+{
+    return b < a;
+}
+inline bool operator>=(QString const& a, TString const& b)
 {
     return b <= a;
 }

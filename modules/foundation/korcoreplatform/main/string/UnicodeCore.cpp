@@ -42,6 +42,7 @@ UErrorCode Fill(std::vector<Unit>& buffer, int& length,
     convert(buffer.data(), Capacity(buffer), &needed, text, textLength, kReplacement, nullptr,
             &error);
     if (error == U_BUFFER_OVERFLOW_ERROR) {
+        buffer.back() = Unit(); // as `assign` may throw
         buffer.assign(static_cast<std::size_t>(needed) + 1, Unit());
         error = U_ZERO_ERROR;
         convert(buffer.data(), Capacity(buffer), &needed, text, textLength, kReplacement, nullptr,

@@ -137,7 +137,12 @@ TEST(TFormatStringTest, BindersAppendInOrderExceptForTheList)
     }
     TFormatString format(u"%1%2");
     format.arg(a, b) = u"%2-%1"; // the parameters stay
+    TFormatString& same = format;
+    format = std::move(same);
     EXPECT_EQ(format.result(), u"b-a");
+    TFormatString const taken = std::move(format);
+    EXPECT_EQ(taken.result(), u"b-a");
+    EXPECT_EQ(format.result(), TString()); // asks for nothing
 }
 
 enum Plain

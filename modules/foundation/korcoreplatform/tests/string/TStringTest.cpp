@@ -144,11 +144,40 @@ TEST(TStringLegacyTest, BuffersAreWrittenAndReleased)
     text.ReleaseBuffer();
     EXPECT_EQ(text, u"Some");
     EXPECT_EQ(copy, u"some text in a block of its own");
+    std::fill_n(text.GetBuffer(9), 9, u'-'); // no room is left for a zero
+    text.ReleaseBuffer();
+    EXPECT_EQ(text, u"---------");
     text.GetBufferSetLength(3)[2] = u'!';
     text.ReleaseBuffer(3);
     EXPECT_KOR_ERROR(text.GetBufferSetLength(-1), StringException, kBadLength);
     EXPECT_KOR_ERROR(text.ReleaseBuffer(text.capacity() + 1), StringException, kBadLength);
-    EXPECT_EQ(text, u"So!");
+    EXPECT_EQ(text, u"--!");
+}
+
+template <class Less, class More>
+void ExpectOrder(Less const& less, More const& more)
+{
+    EXPECT_TRUE(less < more && less <= more && less != more);
+    EXPECT_FALSE(less > more || less >= more || less == more);
+    EXPECT_TRUE(more > less && more >= less && more != less);
+    EXPECT_FALSE(more < less || more <= less || more == less);
+}
+
+TEST(TStringTest, TextsOfAllTypesCompareInEitherOrder)
+{
+    ExpectOrder(TString(u"a"), TStringCore(u"b"));
+    ExpectOrder(TString(u"a"), QString("b"));
+    ExpectOrder(QString("a"), TString(u"b"));
+    for (auto const& b : {TStringCore(u"b"), TStringCore(u"ba")}) {
+        ExpectOrder(u"a", b);
+        ExpectOrder(u'a', b);
+        ExpectOrder(u"a", TString(b));
+        ExpectOrder(u'a', TString(b));
+        ExpectOrder(b, u"c");
+        ExpectOrder(b, u'c');
+    }
+    EXPECT_TRUE(u"b" == TStringCore(u"b") && u'b' == TStringCore(u"b") &&
+                TStringCore(u"b") == u'b');
 }
 
 TEST(TStringTest, NarrowTextIsUtf8AndNarrowUnitsAreLatin1)

@@ -198,6 +198,7 @@ public:
     /// Replaces every occurrence, left to right, without looking at what was put in. An empty
     /// `before` stands before every unit and at the end.
     TStringCore& replace(char16_t before, char16_t after, CaseSensitivity cs = CaseSensitive);
+    TStringCore& replace(char16_t, char16_t, int) = delete; ///< It would be a position and a count.
     TStringCore& replace(char16_t before, TStringCore const& after,
                          CaseSensitivity cs = CaseSensitive);
     TStringCore& replace(TStringCore const& before, TStringCore const& after,
@@ -585,6 +586,88 @@ inline bool operator>(TStringCore const& a, TStringCore const& b)
 inline bool operator>=(TStringCore const& a, TStringCore const& b)
 {
     return a.compare(b) >= 0;
+}
+
+inline bool operator<(TStringCore const& a, char16_t b)
+{
+    return a < TStringCore(b, 1);
+}
+
+inline bool operator<=(TStringCore const& a, char16_t b)
+{
+    return a <= TStringCore(b, 1);
+}
+
+inline bool operator>(TStringCore const& a, char16_t b)
+{
+    return a > TStringCore(b, 1);
+}
+
+inline bool operator>=(TStringCore const& a, char16_t b)
+{
+    return a >= TStringCore(b, 1);
+}
+
+// The text on the right.
+
+inline bool operator==(char16_t const* a, TStringCore const& b) noexcept
+{
+    return b == a;
+}
+
+inline bool operator!=(char16_t const* a, TStringCore const& b) noexcept
+{
+    return b != a;
+}
+
+inline bool operator<(char16_t const* a, TStringCore const& b)
+{
+    return b > a;
+}
+
+inline bool operator<=(char16_t const* a, TStringCore const& b)
+{
+    return b >= a;
+}
+
+inline bool operator>(char16_t const* a, TStringCore const& b)
+{
+    return b < a;
+}
+
+inline bool operator>=(char16_t const* a, TStringCore const& b)
+{
+    return b <= a;
+}
+
+inline bool operator==(char16_t a, TStringCore const& b) noexcept
+{
+    return b == a;
+}
+
+inline bool operator!=(char16_t a, TStringCore const& b) noexcept
+{
+    return b != a;
+}
+
+inline bool operator<(char16_t a, TStringCore const& b)
+{
+    return b > a;
+}
+
+inline bool operator<=(char16_t a, TStringCore const& b)
+{
+    return b >= a;
+}
+
+inline bool operator>(char16_t a, TStringCore const& b)
+{
+    return b < a;
+}
+
+inline bool operator>=(char16_t a, TStringCore const& b)
+{
+    return b <= a;
 }
 
 /// Writes the text as UTF-8; a stream's width and fill count bytes.

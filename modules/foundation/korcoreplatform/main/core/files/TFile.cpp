@@ -30,6 +30,22 @@ QString NativeName(TPath const& path)
     return path.NativeString().toQString();
 }
 
+/// Qt opens what a name with a zero unit in it begins with, which is another file.
+class Device : public QFile
+{
+public:
+    using QFile::QFile;
+
+    bool open(OpenMode mode) override
+    {
+        if (fileName().contains(QChar(u'\0'))) {
+            setErrorString(QStringLiteral("The file name holds a zero character"));
+            return false;
+        }
+        return QFile::open(mode);
+    }
+};
+
 QIODevice::OpenMode DeviceMode(TIO::OpenMode mode)
 {
     return QIODevice::OpenMode(static_cast<int>(mode));
@@ -71,9 +87,9 @@ void LogOpenError(TPath const& path, TString const& error)
 
 } // namespace
 
-TFile::TFile() : m_file(std::make_unique<QFile>(QString())) {}
+TFile::TFile() : m_file(std::make_unique<Device>(QString())) {}
 
-TFile::TFile(TPath const& path) : m_file(std::make_unique<QFile>(NativeName(path))) {}
+TFile::TFile(TPath const& path) : m_file(std::make_unique<Device>(NativeName(path))) {}
 
 TFile::TFile(TPath const& path, OpenMode mode) : TFile(path)
 {

@@ -54,7 +54,8 @@ public:
     /// The same for another file; one that is open is closed first.
     bool Open(TPath const& path, OpenMode mode);
 
-    /// Reads up to `max` bytes, fewer only at the end of the file.
+    /// Reads up to `max` bytes: fewer at the end of the file, and when an error meets what comes
+    /// behind them, which the next call then throws.
     /// Throws: `Exception` with id TFile_0x47B61D6A; its text has the device's negative answer in
     /// the place of the number, and a marker that nothing replaces.
     long long Read(void* buffer, long long max) override;

@@ -46,6 +46,21 @@ std::size_t ReadOrExplain(TFile& file, void* to, std::size_t max)
     }
 }
 
+/// Reads `max` bytes, fewer only when there are no more. A device that had given some bytes when an
+/// error met it gives just those; asked again, it tells the error.
+std::size_t ReadWhole(TFile& file, char* to, std::size_t max)
+{
+    std::size_t done = 0;
+    while (done != max) {
+        std::size_t const got = ReadOrExplain(file, to + done, max - done);
+        if (got == 0) {
+            break;
+        }
+        done += got;
+    }
+    return done;
+}
+
 /// Makes `bytes` the `size` bytes that `read(to, max)` gives, or as many as come: it gives fewer
 /// than it is asked for only at the end. A container fills what it grows by, which costs next to
 /// nothing for as much as the caches hold.
@@ -77,7 +92,7 @@ public:
         if (size == 0) {
             return;
         }
-        m_headEnd = ReadOrExplain(m_file, m_head, kHeadBytes);
+        m_headEnd = ReadWhole(m_file, m_head, std::min(size, kHeadBytes));
         std::int32_t markLength = 0;
         std::tie(m_encoding, markLength) = DetectEncoding(m_head, m_headEnd);
         m_headBegin = static_cast<std::size_t>(markLength);
@@ -95,8 +110,7 @@ public:
         std::memcpy(to, m_head + m_headBegin, known);
         m_headBegin += known;
         char* const rest = static_cast<char*>(to) + known;
-        std::size_t const count =
-            known == max ? max : known + ReadOrExplain(m_file, rest, max - known);
+        std::size_t const count = known == max ? max : known + ReadWhole(m_file, rest, max - known);
         m_left -= count;
         return count;
     }
@@ -271,7 +285,7 @@ std::vector<char> TFile::LoadBinaryFile(TPath const& path)
     TFile file(path, ReadOnly);
     std::vector<char> bytes;
     ReadBytes(bytes, static_cast<std::size_t>(file.Size()),
-              [&file](char* to, std::size_t max) { return ReadOrExplain(file, to, max); });
+              [&file](char* to, std::size_t max) { return ReadWhole(file, to, max); });
     return bytes;
 }
 

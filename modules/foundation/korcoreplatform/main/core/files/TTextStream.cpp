@@ -41,6 +41,17 @@ TTextStream& TTextStream::operator<<(TString const& text)
     return *this;
 }
 
+TTextStream& TTextStream::operator<<(char16_t const* text)
+{
+    return *this << TString(text);
+}
+
+TTextStream& TTextStream::operator<<(char16_t c)
+{
+    *this << QChar(c);
+    return *this;
+}
+
 TTextStream::LineIterator::LineIterator(QTextStream* stream) : m_stream(stream)
 {
     Advance();

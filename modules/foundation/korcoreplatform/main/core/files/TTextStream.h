@@ -44,6 +44,8 @@ public:
     using QTextStream::operator<<;
     TTextStream& operator<<(TTextStream& (*manipulator)(TTextStream&));
     TTextStream& operator<<(TString const& text);
+    TTextStream& operator<<(char16_t const* text); ///< Up to the terminating zero; null is empty.
+    TTextStream& operator<<(char16_t c);
 };
 
 /// Walks through the lines that a stream has not given yet. All iterators of a stream read from the

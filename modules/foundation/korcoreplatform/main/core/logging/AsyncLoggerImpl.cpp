@@ -30,15 +30,19 @@ constexpr int kNaps = 10;
 /// How many records are handled between two looks at clocks and counters.
 constexpr std::uint64_t kRecordsPerLook = 64;
 
-/// Whatever signals the process gets are for the host's threads.
+/// Whatever signals the process gets are for the host's threads. Those that a thread brings upon
+/// itself stay: a blocked one would end the process past the host's handler.
 class SignalsBlocked
 {
 public:
     SignalsBlocked()
     {
-        sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
+        sigset_t fromOthers;
+        ::sigfillset(&fromOthers);
+        for (int const own : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP}) {
+            ::sigdelset(&fromOthers, own);
+        }
+        ::pthread_sigmask(SIG_SETMASK, &fromOthers, &m_before);
     }
     SignalsBlocked(SignalsBlocked const&) = delete;
     SignalsBlocked& operator=(SignalsBlocked const&) = delete;
@@ -70,7 +74,9 @@ AsyncLogger::Impl::Impl() : m_processId(TSystemCore::ProcessID())
 
 AsyncLogger::Impl::~Impl()
 {
-    m_writer.join();
+    if (m_writer.joinable()) {
+        m_writer.join();
+    }
     while (!m_queue.IsEmpty()) {
         if (LogQueueLink* link = m_queue.Pop()) {
             Delete(*static_cast<LogItem*>(link));
@@ -81,6 +87,11 @@ AsyncLogger::Impl::~Impl()
 bool AsyncLogger::Impl::IsAlive() const noexcept
 {
     return m_processId == TSystemCore::ProcessID();
+}
+
+bool AsyncLogger::Impl::IsWriterThread() const noexcept
+{
+    return std::this_thread::get_id() == m_writer.get_id();
 }
 
 void AsyncLogger::Impl::Push(std::unique_ptr<Item> item) noexcept
@@ -117,12 +128,17 @@ bool AsyncLogger::Impl::Shutdown(int milliseconds)
         return false;
     }
     Push(std::make_unique<Item>(LogItemKind::Stop));
+    if (IsWriterThread()) {
+        m_writer.detach();
+        m_isOrphan = true;
+        return false;
+    }
     return m_done.Wait(milliseconds);
 }
 
 bool AsyncLogger::Impl::FlushAndWait(int milliseconds)
 {
-    if (!IsAlive() || std::this_thread::get_id() == m_writer.get_id()) {
+    if (!IsAlive() || IsWriterThread()) {
         return false;
     }
     auto item = std::make_unique<Item>(LogItemKind::Flush);
@@ -159,6 +175,9 @@ void AsyncLogger::Impl::Consumer()
     QtMessageBridge::ExcludeThisThread(); // what channels make Qt say must not become records
     Sink();
     m_done.Signal();
+    if (m_isOrphan) {
+        delete this;
+    }
 }
 
 void AsyncLogger::Impl::Sink()

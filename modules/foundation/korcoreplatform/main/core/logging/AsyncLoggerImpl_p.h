@@ -34,13 +34,16 @@ public:
     /// Any thread: whether this is the process that has the writer, and not a child of it.
     bool IsAlive() const noexcept;
 
+    bool IsWriterThread() const noexcept; ///< Is it the writer that asks?
+
     void Push(std::unique_ptr<Item> item) noexcept; ///< Any thread.
 
     /// Any thread. A record that nobody shares is its own item; else the item shares it.
     void PushRecord(AccessLevel accessLevel, Severity severity, Event&& event);
 
     /// Any thread: tells the writer to stop when it has handled what is there, and waits for that.
-    /// Returns whether it happened in so many milliseconds.
+    /// Returns whether it happened in so many milliseconds. The writer itself does not
+    /// wait: it deletes this object when it has stopped.
     bool Shutdown(int milliseconds);
 
     bool FlushAndWait(int milliseconds);                        ///< Any thread.
@@ -99,7 +102,8 @@ private:
     std::atomic<std::uint64_t> m_bytes{0};
     std::atomic<std::uint64_t> m_highWater{0};
 
-    std::thread m_writer; ///< Last: it uses all the others.
+    bool m_isOrphan = false; ///< The writer's: nobody else deletes this object.
+    std::thread m_writer;    ///< Last: it uses all the others.
 };
 
 } // namespace TLog

@@ -78,7 +78,8 @@ public:
     /// logger: to be called when that has its channels.
     virtual void LogStartupProblems();
 
-    /// The slot, whose logger is never null. Only `Set` changes it.
+    /// The slot, whose logger is never null. Only `Set` may change it: what log calls remember of
+    /// the logger does not notice another assignment.
     static std::unique_ptr<Logger>* Get() noexcept;
 
     /// Puts `logger` into the slot, a new `NullLogger` for null, and then destroys the former one.

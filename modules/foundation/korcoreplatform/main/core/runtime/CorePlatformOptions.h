@@ -7,6 +7,7 @@
 #include "korcoreplatform/main/string/TString.h"
 
 #include <functional>
+#include <type_traits>
 
 /// Reads and sets the options of the whole process. A host sets them once, at start-up:
 ///
@@ -65,6 +66,14 @@ namespace CorePlatformUtils {
 /// Whether a code unit may stand in a text of the product: tab, line feed, carriage return and
 /// U+0020 to U+FFFD, halves of surrogate pairs included.
 KORCOREPLATFORM_EXPORT bool IsValidCharacter(char16_t c) noexcept;
+
+/// The same for any other number: one that is no code unit is not valid.
+template <class Number, std::enable_if_t<std::is_integral_v<Number>, int> = 0>
+bool IsValidCharacter(Number c) noexcept
+{
+    auto const unit = static_cast<char16_t>(c);
+    return static_cast<Number>(unit) == c && IsValidCharacter(unit);
+}
 
 /// The same for the first unit of a text, its terminating zero included; null is not valid.
 KORCOREPLATFORM_EXPORT bool IsValidCharacter(char16_t const* c) noexcept;

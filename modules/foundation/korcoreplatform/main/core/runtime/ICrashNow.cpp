@@ -16,7 +16,13 @@ struct InjectedFuncs
 
 InjectedFuncs& Funcs()
 {
-    static InjectedFuncs s_funcs;
+    // The hook goes when the process exits; what crashes after that still finds the default.
+    static InjectedFuncs& s_funcs = *new InjectedFuncs;
+    struct DefaultFromExitOn
+    {
+        ~DefaultFromExitOn() { RegisterICrashNowFunc({}); }
+    };
+    static DefaultFromExitOn const s_atExit;
     return s_funcs;
 }
 

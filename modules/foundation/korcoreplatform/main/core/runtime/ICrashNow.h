@@ -12,8 +12,8 @@
 /// Thread safety: may be called from any thread, but not while the hook is being replaced.
 KORCOREPLATFORM_EXPORT void ICrashNow();
 
-/// Replaces the crash hook and destroys the old one at once. An empty callable brings back
-/// `DefaultCrashNow`.
+/// Replaces the crash hook and destroys the old one at once, so a hook must not replace itself. An
+/// empty callable brings back `DefaultCrashNow`, and so does the end of the process.
 /// Thread safety: one thread at a time, usually at start-up.
 KORCOREPLATFORM_EXPORT void RegisterICrashNowFunc(std::function<void()> func);
 

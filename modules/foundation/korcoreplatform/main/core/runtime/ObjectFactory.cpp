@@ -10,7 +10,7 @@ namespace {
 /// The one lock of the registry.
 TRecursiveMutex& RegistryLock()
 {
-    static TRecursiveMutex s_lock;
+    static TRecursiveMutex& s_lock = *new TRecursiveMutex;
     return s_lock;
 }
 
@@ -49,16 +49,20 @@ void ObjectFactoryBase::RegisterCreator(TString const& typeName, ArgumentCreator
     m_argumentCreators[typeName] = std::move(creator);
 }
 
-FactoryRegistry::FactoryRegistry()
-{
-    RegistryLock(); // made first, so that it goes after the registry
-}
-
-FactoryRegistry::~FactoryRegistry() = default;
-
 FactoryRegistry& FactoryRegistry::Singleton()
 {
-    static FactoryRegistry s_registry;
+    // The makers go when the process exits; what asks after that still finds a registry.
+    static FactoryRegistry& s_registry = *new FactoryRegistry;
+    struct EmptyFromExitOn
+    {
+        ~EmptyFromExitOn()
+        {
+            std::map<TString, Maker> makers;
+            std::lock_guard<TRecursiveMutex> const lock(RegistryLock());
+            makers.swap(s_registry.m_makers);
+        }
+    };
+    static EmptyFromExitOn const s_atExit;
     return s_registry;
 }
 

@@ -98,8 +98,7 @@ public:
     IObjectFactory* GetFactory(TString const& id);
 
 private:
-    FactoryRegistry();
-    ~FactoryRegistry();
+    FactoryRegistry() = default;
 
     std::map<TString, Maker> m_makers; ///< By factory id; guarded by the registry lock.
 };

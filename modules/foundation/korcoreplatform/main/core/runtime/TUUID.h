@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstring>
 #include <functional>
+#include <type_traits>
 #include <vector>
 
 /// The text forms of a `TUUID`. The numbers are fixed: callers may store them.
@@ -34,6 +35,13 @@ enum class TUUIDFormatOption : int
 /// functions may be called from any thread.
 class KORCOREPLATFORM_EXPORT TUUID
 {
+    /// `TString` and zero-terminated UTF-16, which convert to identifiers, as those do to
+    /// `TString`.
+    template <class Text>
+    static constexpr bool kIsText =
+        std::is_same_v<Text, TString> || std::is_same_v<std::decay_t<Text>, char16_t*> ||
+        std::is_same_v<std::decay_t<Text>, char16_t const*>;
+
 public:
     TUUID() noexcept = default;
     TUUID(QUuid const& uuid) noexcept : m_uuid(uuid) {}
@@ -54,6 +62,29 @@ public:
         return std::memcmp(&m_uuid, &other.m_uuid, sizeof(m_uuid)) == 0;
     }
     bool operator!=(TUUID const& other) const noexcept { return !(*this == other); }
+
+    /// With a text on either side, which is read as the constructor reads it.
+    template <class Text, std::enable_if_t<kIsText<Text>, int> = 0>
+    bool operator==(Text const& text) const
+    {
+        return *this == TUUID(text);
+    }
+    template <class Text, std::enable_if_t<kIsText<Text>, int> = 0>
+    bool operator!=(Text const& text) const
+    {
+        return !(*this == text);
+    }
+    template <class Text, std::enable_if_t<kIsText<Text>, int> = 0>
+    friend bool operator==(Text const& text, TUUID const& id)
+    {
+        return id == text;
+    }
+    template <class Text, std::enable_if_t<kIsText<Text>, int> = 0>
+    friend bool operator!=(Text const& text, TUUID const& id)
+    {
+        return !(id == text);
+    }
+
     bool operator<(TUUID const& other) const noexcept { return m_uuid < other.m_uuid; }
     bool operator>(TUUID const& other) const noexcept { return m_uuid > other.m_uuid; }
     bool operator<=(TUUID const& other) const noexcept { return !(*this > other); }
@@ -72,7 +103,7 @@ public:
 
     /// Reads the 28 characters that `ToString(TUUIDFormatOption::Base36)` writes; anything after
     /// them is not looked at. Each group of seven is read by `TString::toUInt`, which takes
-    /// either letter case, and white space or "+" in the place of leading zeros.
+    /// either letter case, "+" in the place of a leading zero, and white space around the digits.
     /// Throws: `KorvelException` with id AutoGen_0x318CE3BA when `text` has fewer than 28
     /// characters, AutoGen_0x9B4122E9 when a group cannot be read as a number of 32 bits.
     static TUUID FromBase36(TString const& text);

@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include <fcntl.h>
+#include <linux/close_range.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -27,6 +28,12 @@ int ProcessLaunchSystem::CloseOtherDescriptors(::posix_spawn_file_actions_t& act
                                                short& /*flags*/) noexcept
 {
     return ::posix_spawn_file_actions_addclosefrom_np(&actions, kFirstClosedDescriptor);
+}
+
+bool ProcessLaunchSystem::MarkOtherDescriptors() noexcept
+{
+    // Marks since Linux 5.11.
+    return ::syscall(SYS_close_range, kFirstClosedDescriptor, ~0U, CLOSE_RANGE_CLOEXEC) == 0;
 }
 
 int ProcessLaunchSystem::OpenEndWatch(::pid_t child) noexcept

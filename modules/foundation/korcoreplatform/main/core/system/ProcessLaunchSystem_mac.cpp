@@ -27,6 +27,11 @@ int ProcessLaunchSystem::CloseOtherDescriptors(::posix_spawn_file_actions_t& /*a
     return 0;
 }
 
+bool ProcessLaunchSystem::MarkOtherDescriptors() noexcept
+{
+    return false;
+}
+
 int ProcessLaunchSystem::OpenEndWatch(::pid_t child) noexcept
 {
     int const queue = ::kqueue(); // no program that is started gets it, nor does a fork

@@ -18,6 +18,10 @@ void EnlargePipe(int end) noexcept;
 /// error number.
 int CloseOtherDescriptors(::posix_spawn_file_actions_t& actions, short& flags) noexcept;
 
+/// Marks all descriptors of this process but 0, 1 and 2 to be closed in programs that are started.
+/// Returns false where the system cannot do it in one call.
+bool MarkOtherDescriptors() noexcept;
+
 /// A descriptor that `poll` calls readable when the child, one that nobody waited for, has ended.
 /// -1 when the system has none for it.
 int OpenEndWatch(::pid_t child) noexcept;

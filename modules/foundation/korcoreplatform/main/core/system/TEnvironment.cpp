@@ -17,12 +17,6 @@ std::vector<TString> TextsOf(QStringList const& list)
 
 } // namespace
 
-TEnvironment& TEnvironment::operator=(QProcessEnvironment const& environment)
-{
-    m_environment = environment;
-    return *this;
-}
-
 TEnvironment TEnvironment::myEnvironment()
 {
     std::shared_lock<TReadWriteLock> const lock(EnvironmentLock());

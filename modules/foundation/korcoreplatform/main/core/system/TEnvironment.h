@@ -7,6 +7,7 @@
 
 #include <QProcessEnvironment>
 
+#include <type_traits>
 #include <vector>
 
 /// Names with values. The set is a value of its own: changing it changes no process. It serves
@@ -25,7 +26,15 @@ class KORCOREPLATFORM_EXPORT TEnvironment
 public:
     TEnvironment() = default; ///< No variables.
     TEnvironment(QProcessEnvironment const& environment) : m_environment(environment) {}
-    TEnvironment& operator=(QProcessEnvironment const& environment);
+
+    /// From Qt's own type; a template, so that `environment = {}` can only mean an empty set.
+    template <class Environment,
+              std::enable_if_t<std::is_same_v<Environment, QProcessEnvironment>, int> = 0>
+    TEnvironment& operator=(Environment const& environment)
+    {
+        m_environment = environment;
+        return *this;
+    }
 
     /// This process's environment as it is now.
     static TEnvironment myEnvironment();

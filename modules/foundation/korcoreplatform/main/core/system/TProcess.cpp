@@ -2,6 +2,7 @@
 
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/system/EnvironmentLock_p.h"
+#include "korcoreplatform/main/core/system/ProcessLaunchSystem_p.h"
 #include "korcoreplatform/main/core/system/TEnvironment.h"
 #include "korsys/main/error/KorErrorsError.h"
 #include "korsys/main/error/ThrowError.h"
@@ -157,6 +158,9 @@ int PosixSpawn(::pid_t& child, char* const* arguments, char** environment)
 /// For when the open descriptors cannot be listed, which takes a descriptor itself.
 void MarkAllDescriptors()
 {
+    if (ProcessLaunchSystem::MarkOtherDescriptors()) {
+        return;
+    }
     long const limit = ::sysconf(_SC_OPEN_MAX);
     for (int descriptor = STDERR_FILENO + 1; descriptor < limit; ++descriptor) {
         ::fcntl(descriptor, F_SETFD, FD_CLOEXEC); // a number that is not in use is no harm

@@ -53,6 +53,8 @@ TEST(TFileTest, AFailedOpeningNamesTheFileAndLeavesNothingOpen)
         EXPECT_KOR_ERROR_TEXT(later.Open(path, mode), TIO::Exception, kOpenLaterFailed, reason);
         EXPECT_KOR_ERROR_TEXT(later.Open(mode), TIO::Exception, kOpenLaterFailed, reason);
     }
+    TPath const cut = folder / TPath::MakePath(TString(u"secret\0.old", 11));
+    EXPECT_THROW(TFile(cut, TIO::ReadOnly), TIO::Exception); // does not open "secret"
 }
 
 TEST(TFileTest, AFailedOpeningIsLoggedWithItsStackWhenAskedFor)

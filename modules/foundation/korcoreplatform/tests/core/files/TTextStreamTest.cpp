@@ -59,10 +59,10 @@ TEST(TTextStreamTest, WrittenLinesEndAndReachTheDevice)
     EXPECT_EQ(buffer.data(), QByteArray(""));
     stream.WriteLines({u"a", u"", u"\u00E9"});
     EXPECT_EQ(buffer.data(), QByteArray("a\n\n\xC3\xA9\n")); // without a flush
-    stream << TString(u"b") << flush << 5;
-    EXPECT_EQ(buffer.data(), QByteArray("a\n\n\xC3\xA9\nb"));
+    stream << TString(u"b") << u"c" << u'd' << flush << 5;
+    EXPECT_EQ(buffer.data(), QByteArray("a\n\n\xC3\xA9\nbcd"));
     stream << endl;
-    EXPECT_EQ(buffer.data(), QByteArray("a\n\n\xC3\xA9\nb5\n"));
+    EXPECT_EQ(buffer.data(), QByteArray("a\n\n\xC3\xA9\nbcd5\n"));
 }
 
 } // namespace

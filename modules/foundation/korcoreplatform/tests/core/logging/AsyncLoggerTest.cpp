@@ -197,6 +197,35 @@ TEST(AsyncLoggerTest, ABurstMayWaitAndItsMemoryGoesBackInTheSilenceAfterIt)
     TLog::Logger::Set(nullptr);
 }
 
+TEST(AsyncLoggerTest, AChannelMayEndItsLogger)
+{
+    struct Shared // with the writer, which lives on for a moment
+    {
+        std::unique_ptr<AsyncLogger> logger;
+        TEvent isFull;
+        TEvent isWritten;
+        sigset_t blocked;
+    };
+    auto const shared = std::make_shared<Shared>();
+    auto& logger = shared->logger = std::make_unique<AsyncLogger>(Severity::Info, TPath());
+    logger->AddChannel(
+        std::make_shared<CallbackChannel>([shared](AccessLevel, Severity, Event const& event) {
+            if (event.GetKey() == u"last") {
+                ::pthread_sigmask(SIG_BLOCK, nullptr, &shared->blocked);
+                shared->isWritten.Signal();
+            } else {
+                shared->isFull.Wait(kLongMs);
+                shared->logger.reset();
+            }
+        }));
+    logger->Log(Severity::Info, Named(u"first"));
+    logger->Log(Severity::Info, Named(u"last"));
+    shared->isFull.Signal();
+    EXPECT_TRUE(shared->isWritten.Wait(kLongMs)); // after the end, which does not wait for itself
+    bool const faultsHaveHandlers = !::sigismember(&shared->blocked, SIGSEGV);
+    EXPECT_TRUE(::sigismember(&shared->blocked, SIGINT) && faultsHaveHandlers);
+}
+
 TEST(TConcurrentQueueTest, NothingIsLostBetweenManyProducersAndOneConsumer)
 {
     constexpr int kThreads = 4;

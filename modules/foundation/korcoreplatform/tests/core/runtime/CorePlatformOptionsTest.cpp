@@ -75,8 +75,11 @@ TEST(CorePlatformOptionsTest, ValidCharactersHaveTheirEdges)
         auto const unit = static_cast<char16_t>(c);
         ASSERT_EQ(CorePlatformUtils::IsValidCharacter(unit), isValid) << c;
         ASSERT_EQ(CorePlatformUtils::IsValidCharacter(&unit), isValid) << c;
+        ASSERT_EQ(CorePlatformUtils::IsValidCharacter(c), isValid) << c;
     }
     EXPECT_FALSE(CorePlatformUtils::IsValidCharacter(nullptr));
+    EXPECT_FALSE(
+        CorePlatformUtils::IsValidCharacter(0x10041)); // no unit, whatever its lower half is
 }
 
 } // namespace

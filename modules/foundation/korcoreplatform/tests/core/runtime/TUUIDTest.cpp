@@ -24,6 +24,8 @@ TEST(TUUIDTest, EveryTextFormWritesTheFieldsInOrder)
         SCOPED_TRACE(TString(braced));
         TUUID const id(braced);
         EXPECT_EQ(id.ToString(TUUIDFormatOption::Braced), TString(braced));
+        TString const small = TString(braced).toLower(); // compared as ids, not as texts
+        EXPECT_TRUE(id == small && small == id && id == braced && !(braced != id));
         EXPECT_EQ(id.ToString(static_cast<TUUIDFormatOption>(9)), TString(braced));
         EXPECT_EQ(id.ToString(TUUIDFormatOption::Base36), TString(base36));
         EXPECT_EQ(id.ToString(TUUIDFormatOption::Base64), TString(base64));

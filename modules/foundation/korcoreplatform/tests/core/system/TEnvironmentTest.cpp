@@ -32,6 +32,9 @@ TEST(TEnvironmentTest, HoldsVariablesAsQtsTypeDoes)
                 QProcessEnvironment::systemEnvironment() == mine);
     static_cast<QProcessEnvironment&>(copy).clear();
     EXPECT_TRUE(copy.isEmpty() && !mine.isEmpty());
+    copy = mine;
+    copy = {};
+    EXPECT_TRUE(copy.isEmpty());
 }
 
 } // namespace
