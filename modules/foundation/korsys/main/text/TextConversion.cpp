@@ -23,6 +23,10 @@ constexpr std::size_t kPieceBytes = 3 * kPieceUnits + 128;
 /// Text of fewer bytes stays in the caches, where to count its units costs next to nothing.
 constexpr std::size_t kLeastSampled = 64 * 1024;
 
+/// What is decoded at a time of text that seems to be ASCII: what turns out not to be one is done
+/// again.
+constexpr std::size_t kDecodedPiece = 32 * 1024;
+
 constexpr char16_t Latin9Unit(unsigned byte)
 {
     switch (byte) {
@@ -177,7 +181,7 @@ std::size_t DecodeAsciiStart(char const* from, std::size_t n, char16_t* to)
     Kernels const& kernels = BestKernels();
     std::size_t done = 0;
     while (done != n) {
-        std::size_t const piece = std::min(n - done, kPieceUnits);
+        std::size_t const piece = std::min(n - done, kDecodedPiece);
         if (!kernels.decodeAscii(from + done, piece, to + done)) {
             break;
         }
