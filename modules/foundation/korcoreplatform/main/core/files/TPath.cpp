@@ -153,7 +153,7 @@ TPath TPath::operator+(TPath const& other) const
 
 // Taking apart
 
-TPath TPath::Part(int from, int n) const
+inline TPath TPath::Part(int from, int n) const
 {
     return n == m_text.length() ? *this : TPath(m_text.constData() + from, n);
 }
