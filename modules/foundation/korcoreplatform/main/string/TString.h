@@ -773,54 +773,6 @@ inline TString operator+(TString&& a, QString const& b)
     return static_cast<TString&&>(a.append(TString(b)));
 }
 
-inline bool operator==(char16_t const* a, TString const& b) noexcept
-{
-    return b == a;
-}
-inline bool operator!=(char16_t const* a, TString const& b) noexcept
-{
-    return b != a;
-}
-inline bool operator<(char16_t const* a, TString const& b)
-{
-    return b > a;
-}
-inline bool operator<=(char16_t const* a, TString const& b)
-{
-    return b >= a;
-}
-inline bool operator>(char16_t const* a, TString const& b)
-{
-    return b < a;
-}
-inline bool operator>=(char16_t const* a, TString const& b)
-{
-    return b <= a;
-}
-inline bool operator==(char16_t a, TString const& b) noexcept
-{
-    return b == a;
-}
-inline bool operator!=(char16_t a, TString const& b) noexcept
-{
-    return b != a;
-}
-inline bool operator<(char16_t a, TString const& b)
-{
-    return b > a;
-}
-inline bool operator<=(char16_t a, TString const& b)
-{
-    return b >= a;
-}
-inline bool operator>(char16_t a, TString const& b)
-{
-    return b < a;
-}
-inline bool operator>=(char16_t a, TString const& b)
-{
-    return b <= a;
-}
 inline bool operator==(QString const& a, TString const& b)
 {
     return b == a;
