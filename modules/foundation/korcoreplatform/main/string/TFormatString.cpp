@@ -49,11 +49,6 @@ TFormatString& TFormatString::operator=(TString const& formatString)
     return *this;
 }
 
-TFormatString& TFormatString::operator=(char const* formatString)
-{
-    return *this = TString(formatString);
-}
-
 TFormatString& TFormatString::operator=(char16_t const* formatString)
 {
     return *this = TString(formatString);

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <initializer_list>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 class TFormatStringCore;
@@ -56,7 +57,11 @@ public:
 
     /// Replace the template; the parameters stay.
     TFormatString& operator=(TString const& formatString);
-    TFormatString& operator=(char const* formatString); ///< UTF-8.
+    template <class Char, std::enable_if_t<std::is_same_v<Char, char>, int> = 0>
+    TFormatString& operator=(Char const* formatString) ///< UTF-8.
+    {
+        return *this = TString(formatString);
+    }
     TFormatString& operator=(char16_t const* formatString);
 
     TString const& formatString() const noexcept { return m_formatString; }

@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <iosfwd>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 class QByteArray;
@@ -183,7 +184,8 @@ public:
     {
         return self(TStringCore::replace(pos, n, after));
     }
-    TString& replace(char16_t, char16_t, int) = delete; ///< It would be a position and a count.
+    template <class Unit, std::enable_if_t<std::is_same_v<Unit, char16_t>, int> = 0>
+    TString& replace(Unit before, Unit after, int) = delete; ///< No position and count.
     TString& replace(char16_t before, char16_t after, CaseSensitivity cs = CaseSensitive)
     {
         return self(TStringCore::replace(before, after, cs));
@@ -773,27 +775,44 @@ inline TString operator+(TString&& a, QString const& b)
     return static_cast<TString&&>(a.append(TString(b)));
 }
 
-inline bool operator==(QString const& a, TString const& b)
+// A `QString` on the left: exactly that, as nothing else is to become one for this.
+
+template <class Left, class Right>
+using QStringThenTString =
+    std::enable_if_t<std::is_same_v<Left, QString> && std::is_same_v<Right, TString>, int>;
+
+template <class Left, class Right, QStringThenTString<Left, Right> = 0>
+bool operator==(Left const& a, Right const& b)
 {
     return b == a;
 }
-inline bool operator!=(QString const& a, TString const& b)
+
+template <class Left, class Right, QStringThenTString<Left, Right> = 0>
+bool operator!=(Left const& a, Right const& b)
 {
     return b != a;
 }
-inline bool operator<(QString const& a, TString const& b)
+
+template <class Left, class Right, QStringThenTString<Left, Right> = 0>
+bool operator<(Left const& a, Right const& b)
 {
     return b > a;
 }
-inline bool operator<=(QString const& a, TString const& b)
+
+template <class Left, class Right, QStringThenTString<Left, Right> = 0>
+bool operator<=(Left const& a, Right const& b)
 {
     return b >= a;
 }
-inline bool operator>(QString const& a, TString const& b)
+
+template <class Left, class Right, QStringThenTString<Left, Right> = 0>
+bool operator>(Left const& a, Right const& b)
 {
     return b < a;
 }
-inline bool operator>=(QString const& a, TString const& b)
+
+template <class Left, class Right, QStringThenTString<Left, Right> = 0>
+bool operator>=(Left const& a, Right const& b)
 {
     return b <= a;
 }

@@ -143,6 +143,7 @@ TEST(TFormatStringTest, BindersAppendInOrderExceptForTheList)
     TFormatString const taken = std::move(format);
     EXPECT_EQ(taken.result(), u"b-a");
     EXPECT_EQ(format.result(), TString()); // asks for nothing
+    EXPECT_EQ((format = "\xC3\xA9%1").arg(u"x").result(), u"\u00E9x");
 }
 
 enum Plain

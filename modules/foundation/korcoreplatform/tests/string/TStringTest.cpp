@@ -176,8 +176,9 @@ TEST(TStringTest, TextsOfAllTypesCompareInEitherOrder)
         ExpectOrder(b, u"c");
         ExpectOrder(b, u'c');
     }
-    EXPECT_TRUE(u"b" == TStringCore(u"b") && u'b' == TStringCore(u"b") &&
-                TStringCore(u"b") == u'b');
+    TStringCore const text(u"\u00E4");
+    EXPECT_TRUE(u"\u00E4" == text && u'\u00E4' == text && text == u'\u00E4');
+    EXPECT_TRUE('\xE4' == text && text == '\xE4' && text < '\xE5' && '\xE3' < text);
 }
 
 TEST(TStringTest, NarrowTextIsUtf8AndNarrowUnitsAreLatin1)

@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <iosfwd>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 /// UTF-16 text. Lengths and positions are `int` and count code units; "text" arguments given as
@@ -198,7 +199,8 @@ public:
     /// Replaces every occurrence, left to right, without looking at what was put in. An empty
     /// `before` stands before every unit and at the end.
     TStringCore& replace(char16_t before, char16_t after, CaseSensitivity cs = CaseSensitive);
-    TStringCore& replace(char16_t, char16_t, int) = delete; ///< It would be a position and a count.
+    template <class Unit, std::enable_if_t<std::is_same_v<Unit, char16_t>, int> = 0>
+    TStringCore& replace(Unit before, Unit after, int) = delete; ///< No position and count.
     TStringCore& replace(char16_t before, TStringCore const& after,
                          CaseSensitivity cs = CaseSensitive);
     TStringCore& replace(TStringCore const& before, TStringCore const& after,
@@ -474,6 +476,10 @@ public:
     int toWCharArray(wchar_t* out, int size) const;
     std::vector<wchar_t> toWCharVector() const; ///< Ends with a zero.
 
+    // What a single unit given as either type stands for: a `char` is a character of Latin-1.
+    static char16_t unitOf(char c) noexcept { return static_cast<unsigned char>(c); }
+    static char16_t unitOf(char16_t c) noexcept { return c; }
+
 protected:
     struct Part
     {
@@ -523,8 +529,6 @@ protected:
 
     TStringCore& setDecimal(int v); ///< The common case of `setNum`.
 
-    static char16_t unitOf(char c) noexcept { return static_cast<unsigned char>(c); }
-
 private:
     void construct(char16_t const* text, int len);
     TStringCore& appendSlowly(TStringCore const& text);
@@ -558,16 +562,6 @@ inline bool operator!=(TStringCore const& a, char16_t const* b) noexcept
     return !(a == b);
 }
 
-inline bool operator==(TStringCore const& a, char16_t b) noexcept
-{
-    return a.equals(&b, 1);
-}
-
-inline bool operator!=(TStringCore const& a, char16_t b) noexcept
-{
-    return !(a == b);
-}
-
 inline bool operator<(TStringCore const& a, TStringCore const& b)
 {
     return a.compare(b) < 0;
@@ -588,27 +582,87 @@ inline bool operator>=(TStringCore const& a, TStringCore const& b)
     return a.compare(b) >= 0;
 }
 
-inline bool operator<(TStringCore const& a, char16_t b)
+// With a single unit: UTF-16, or a character of Latin-1. Other numbers are none, so they do not
+// fit.
+
+template <class Unit>
+using TStringUnit =
+    std::enable_if_t<std::is_same_v<Unit, char16_t> || std::is_same_v<Unit, char>, int>;
+
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator==(TStringCore const& a, Unit b) noexcept
 {
-    return a < TStringCore(b, 1);
+    char16_t const unit = TStringCore::unitOf(b);
+    return a.equals(&unit, 1);
 }
 
-inline bool operator<=(TStringCore const& a, char16_t b)
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator!=(TStringCore const& a, Unit b) noexcept
 {
-    return a <= TStringCore(b, 1);
+    return !(a == b);
 }
 
-inline bool operator>(TStringCore const& a, char16_t b)
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator<(TStringCore const& a, Unit b)
 {
-    return a > TStringCore(b, 1);
+    return a.compare(TStringCore::unitOf(b)) < 0;
 }
 
-inline bool operator>=(TStringCore const& a, char16_t b)
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator<=(TStringCore const& a, Unit b)
 {
-    return a >= TStringCore(b, 1);
+    return a.compare(TStringCore::unitOf(b)) <= 0;
+}
+
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator>(TStringCore const& a, Unit b)
+{
+    return a.compare(TStringCore::unitOf(b)) > 0;
+}
+
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator>=(TStringCore const& a, Unit b)
+{
+    return a.compare(TStringCore::unitOf(b)) >= 0;
 }
 
 // The text on the right.
+
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator==(Unit a, TStringCore const& b) noexcept
+{
+    return b == a;
+}
+
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator!=(Unit a, TStringCore const& b) noexcept
+{
+    return b != a;
+}
+
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator<(Unit a, TStringCore const& b)
+{
+    return b > a;
+}
+
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator<=(Unit a, TStringCore const& b)
+{
+    return b >= a;
+}
+
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator>(Unit a, TStringCore const& b)
+{
+    return b < a;
+}
+
+template <class Unit, TStringUnit<Unit> = 0>
+bool operator>=(Unit a, TStringCore const& b)
+{
+    return b <= a;
+}
 
 inline bool operator==(char16_t const* a, TStringCore const& b) noexcept
 {
@@ -636,36 +690,6 @@ inline bool operator>(char16_t const* a, TStringCore const& b)
 }
 
 inline bool operator>=(char16_t const* a, TStringCore const& b)
-{
-    return b <= a;
-}
-
-inline bool operator==(char16_t a, TStringCore const& b) noexcept
-{
-    return b == a;
-}
-
-inline bool operator!=(char16_t a, TStringCore const& b) noexcept
-{
-    return b != a;
-}
-
-inline bool operator<(char16_t a, TStringCore const& b)
-{
-    return b > a;
-}
-
-inline bool operator<=(char16_t a, TStringCore const& b)
-{
-    return b >= a;
-}
-
-inline bool operator>(char16_t a, TStringCore const& b)
-{
-    return b < a;
-}
-
-inline bool operator>=(char16_t a, TStringCore const& b)
 {
     return b <= a;
 }

@@ -23,8 +23,8 @@ constexpr std::size_t kPieceBytes = 3 * kPieceUnits + 128;
 /// Text of fewer bytes stays in the caches, where to count its units costs next to nothing.
 constexpr std::size_t kLeastSampled = 64 * 1024;
 
-/// What is decoded at a time of text that seems to be ASCII: what turns out not to be one is done
-/// again.
+/// What is decoded at a time of text that seems to be ASCII. A piece with other bytes in it is
+/// decoded again.
 constexpr std::size_t kDecodedPiece = 32 * 1024;
 
 constexpr char16_t Latin9Unit(unsigned byte)

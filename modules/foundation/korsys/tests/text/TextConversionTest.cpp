@@ -78,6 +78,7 @@ TEST(TextConversionTest, LongTextThatSeemsAsciiIsDecodedAroundItsOtherBytes)
     std::tuple<std::size_t, std::string, int> const cases[] = {{0, "", 1},
                                                                {0, "\xC3\xA9", 1},
                                                                {100, "\xC3\xA9", 2},
+                                                               {65535, "\xC3\xA9", 2},
                                                                {199800, "\xF0\x9F\x98\x80", 2},
                                                                {100000, "\xE6\xBC", 4},
                                                                {100000, "\x80\x80\x80", 4}};

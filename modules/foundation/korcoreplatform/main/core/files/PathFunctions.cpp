@@ -1,5 +1,6 @@
 #include "korcoreplatform/main/core/files/PathFunctions.h"
 
+#include "korcoreplatform/main/core/files/PathText_p.h"
 #include "korcoreplatform/main/core/files/TFile.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
 #include "korcoreplatform/main/core/logging/Severity.h"
@@ -195,10 +196,11 @@ void CopyFile(TPath const& from, TPath const& to, CopyOption option)
         return;
     }
     QFile source(NativeOf(from));
-    if (source.copy(NativeOf(destination))) {
+    bool const isNamed = !PathText::HoldsZero(from) && !PathText::HoldsZero(destination);
+    if (isNamed && source.copy(NativeOf(destination))) {
         return;
     }
-    QString const error = source.errorString();
+    QString const error = isNamed ? source.errorString() : QLatin1String(PathText::kZeroInName);
     LogAndThrow(TFormat(u"Error copying file '%1' to '%2' (%3)%4", from, destination, error,
                         ReadError(source.fileName(), error)),
                 u"Error copying file", &KorErrorsError::AutoGen_0xF7FF15E2);

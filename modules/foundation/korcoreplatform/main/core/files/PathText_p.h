@@ -14,6 +14,14 @@
 
 namespace PathText {
 
+/// Why a name with a zero unit in it is refused: Qt would take the file that it begins with.
+inline constexpr char kZeroInName[] = "The file name holds a zero character";
+
+inline bool HoldsZero(TString const& name)
+{
+    return name.contains(u'\0');
+}
+
 // Four units at a time: most elements of paths are short, and end within a word or two.
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first unit is the lowest of a word");

@@ -1,5 +1,6 @@
 #include "korcoreplatform/main/core/files/TFile.h"
 
+#include "korcoreplatform/main/core/files/PathText_p.h"
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/Event.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
@@ -30,7 +31,7 @@ QString NativeName(TPath const& path)
     return path.NativeString().toQString();
 }
 
-/// Qt opens what a name with a zero unit in it begins with, which is another file.
+/// Refuses names that hold a zero.
 class Device : public QFile
 {
 public:
@@ -38,8 +39,8 @@ public:
 
     bool open(OpenMode mode) override
     {
-        if (fileName().contains(QChar(u'\0'))) {
-            setErrorString(QStringLiteral("The file name holds a zero character"));
+        if (PathText::HoldsZero(TString(fileName()))) {
+            setErrorString(QLatin1String(PathText::kZeroInName));
             return false;
         }
         return QFile::open(mode);

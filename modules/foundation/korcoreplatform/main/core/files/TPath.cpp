@@ -153,11 +153,6 @@ TPath TPath::operator+(TPath const& other) const
 
 // Taking apart
 
-inline TPath TPath::Part(int from, int n) const
-{
-    return n == m_text.length() ? *this : TPath(m_text.constData() + from, n);
-}
-
 int TPath::RootNameLength() const noexcept
 {
     return Units(m_text).RootNameLength();

@@ -212,7 +212,10 @@ private:
 
     TPath(char16_t const* units, int n) : m_text(units, n) {}
 
-    TPath Part(int from, int n) const;
+    TPath Part(int from, int n) const
+    {
+        return n == m_text.length() ? *this : TPath(m_text.constData() + from, n);
+    }
     bool NeedsSeparatorBefore(TPath const& other) const noexcept;
     void StripLastUnit();
 

@@ -57,6 +57,8 @@ public:
 
     /// Writes what was logged before and stops the writer. A writer that does not finish in 30 s is
     /// abandoned with its channels, so that one stuck in the file system does not hold the process.
+    /// A channel may destroy its logger: the writer then goes on alone, and whoever ends the
+    /// process does not wait for what is still to be written.
     ~AsyncLogger() override;
 
     void AddFilter(std::shared_ptr<Filter> filter) override;

@@ -30,8 +30,8 @@ constexpr int kNaps = 10;
 /// How many records are handled between two looks at clocks and counters.
 constexpr std::uint64_t kRecordsPerLook = 64;
 
-/// Whatever signals the process gets are for the host's threads. Those that a thread brings upon
-/// itself stay: a blocked one would end the process past the host's handler.
+/// Whatever signals the process gets are for the host's threads. Those that a fault of the thread
+/// itself raises stay as they are: a blocked one would end the process past the host's handler.
 class SignalsBlocked
 {
 public:
@@ -39,10 +39,10 @@ public:
     {
         sigset_t fromOthers;
         ::sigfillset(&fromOthers);
-        for (int const own : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP}) {
+        for (int const own : {SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGSYS, SIGTRAP}) {
             ::sigdelset(&fromOthers, own);
         }
-        ::pthread_sigmask(SIG_SETMASK, &fromOthers, &m_before);
+        ::pthread_sigmask(SIG_BLOCK, &fromOthers, &m_before);
     }
     SignalsBlocked(SignalsBlocked const&) = delete;
     SignalsBlocked& operator=(SignalsBlocked const&) = delete;

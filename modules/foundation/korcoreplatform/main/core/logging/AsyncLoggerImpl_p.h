@@ -28,7 +28,8 @@ public:
     Impl(Impl const&) = delete;
     Impl& operator=(Impl const&) = delete;
 
-    /// Joins the writer. Requires: it was told to stop. Items behind that are thrown away.
+    /// Joins the writer, unless it is the one. Requires: it was told to stop. Items behind that are
+    /// thrown away.
     ~Impl();
 
     /// Any thread: whether this is the process that has the writer, and not a child of it.

@@ -67,12 +67,16 @@ namespace CorePlatformUtils {
 /// U+0020 to U+FFFD, halves of surrogate pairs included.
 KORCOREPLATFORM_EXPORT bool IsValidCharacter(char16_t c) noexcept;
 
-/// The same for any other number: one that is no code unit is not valid.
+/// The same for any other number, not valid when it is no code unit. A `char` is Latin-1.
 template <class Number, std::enable_if_t<std::is_integral_v<Number>, int> = 0>
 bool IsValidCharacter(Number c) noexcept
 {
-    auto const unit = static_cast<char16_t>(c);
-    return static_cast<Number>(unit) == c && IsValidCharacter(unit);
+    if constexpr (std::is_same_v<Number, char>) {
+        return IsValidCharacter(static_cast<unsigned char>(c));
+    } else {
+        auto const value = static_cast<long long>(c);
+        return value >= 0 && value <= 0xFFFF && IsValidCharacter(static_cast<char16_t>(value));
+    }
 }
 
 /// The same for the first unit of a text, its terminating zero included; null is not valid.

@@ -35,12 +35,14 @@ enum class TUUIDFormatOption : int
 /// functions may be called from any thread.
 class KORCOREPLATFORM_EXPORT TUUID
 {
-    /// `TString` and zero-terminated UTF-16, which convert to identifiers, as those do to
-    /// `TString`.
+    template <class Text, class... Others>
+    static constexpr bool kIsOneOf = (std::is_same_v<Text, Others> || ...);
+
+    /// What converts to an identifier as an identifier does to `TString`, so that the way to
+    /// compare the two has to be said.
     template <class Text>
     static constexpr bool kIsText =
-        std::is_same_v<Text, TString> || std::is_same_v<std::decay_t<Text>, char16_t*> ||
-        std::is_same_v<std::decay_t<Text>, char16_t const*>;
+        kIsOneOf<std::decay_t<Text>, TString, char16_t*, char16_t const*, char*, char const*>;
 
 public:
     TUUID() noexcept = default;

@@ -3,7 +3,6 @@
 #include <cerrno>
 
 #include <fcntl.h>
-#include <linux/close_range.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -33,7 +32,7 @@ int ProcessLaunchSystem::CloseOtherDescriptors(::posix_spawn_file_actions_t& act
 bool ProcessLaunchSystem::MarkOtherDescriptors() noexcept
 {
     // Marks since Linux 5.11.
-    return ::syscall(SYS_close_range, kFirstClosedDescriptor, ~0U, CLOSE_RANGE_CLOEXEC) == 0;
+    return ::close_range(kFirstClosedDescriptor, ~0U, CLOSE_RANGE_CLOEXEC) == 0;
 }
 
 int ProcessLaunchSystem::OpenEndWatch(::pid_t child) noexcept

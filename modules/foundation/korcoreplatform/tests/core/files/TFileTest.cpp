@@ -1,5 +1,6 @@
 #include "korcoreplatform/main/core/files/TFile.h"
 
+#include "korcoreplatform/main/core/files/PathFunctions.h"
 #include "korcoreplatform/main/core/runtime/OptLogStackOnFileError.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
 #include "korcoreplatform/tests/support/TemporaryFolder.h"
@@ -53,8 +54,11 @@ TEST(TFileTest, AFailedOpeningNamesTheFileAndLeavesNothingOpen)
         EXPECT_KOR_ERROR_TEXT(later.Open(path, mode), TIO::Exception, kOpenLaterFailed, reason);
         EXPECT_KOR_ERROR_TEXT(later.Open(mode), TIO::Exception, kOpenLaterFailed, reason);
     }
-    TPath const cut = folder / TPath::MakePath(TString(u"secret\0.old", 11));
-    EXPECT_THROW(TFile(cut, TIO::ReadOnly), TIO::Exception); // does not open "secret"
+    folder.Write("cut", "x");
+    TPath const cut = folder / TPath::MakePath(TString(u"cut\0.old", 8));
+    EXPECT_THROW(TFile(cut, TIO::ReadOnly), TIO::Exception);
+    EXPECT_THROW(TFile().Open(cut, TIO::ReadOnly), TIO::Exception);
+    EXPECT_THROW(CopyFile(cut, folder / u"copy", CopyOption::Overwrite), TPath::Exception);
 }
 
 TEST(TFileTest, AFailedOpeningIsLoggedWithItsStackWhenAskedFor)

@@ -78,8 +78,10 @@ TEST(CorePlatformOptionsTest, ValidCharactersHaveTheirEdges)
         ASSERT_EQ(CorePlatformUtils::IsValidCharacter(c), isValid) << c;
     }
     EXPECT_FALSE(CorePlatformUtils::IsValidCharacter(nullptr));
-    EXPECT_FALSE(
-        CorePlatformUtils::IsValidCharacter(0x10041)); // no unit, whatever its lower half is
+    // No units, whatever their lower halves are; a char is Latin-1.
+    EXPECT_FALSE(CorePlatformUtils::IsValidCharacter(0x10041));
+    EXPECT_FALSE(CorePlatformUtils::IsValidCharacter(short(-5)));
+    EXPECT_TRUE(CorePlatformUtils::IsValidCharacter('\xFF'));
 }
 
 } // namespace

@@ -41,7 +41,10 @@ TEST(ProcessEndProcessTest, WhatTheHostInstalledIsGoneAndWhatNeedsItIsNot)
         RegisterICrashNowFunc([installed = Installed()] {});
         static ObjectFactoryBase s_factory(u"last");
         FactoryRegistry::Singleton().Register([installed = Installed()] { return &s_factory; });
-        std::exit(g_hooksThatLive == 2 ? 0 : 1);
+        if (g_hooksThatLive == 2) {
+            std::exit(0);
+        }
+        ::_exit(1);
     };
     EXPECT_EXIT(end(), testing::ExitedWithCode(7), "");
 }

@@ -25,7 +25,10 @@ TEST(TUUIDTest, EveryTextFormWritesTheFieldsInOrder)
         TUUID const id(braced);
         EXPECT_EQ(id.ToString(TUUIDFormatOption::Braced), TString(braced));
         TString const small = TString(braced).toLower(); // compared as ids, not as texts
-        EXPECT_TRUE(id == small && small == id && id == braced && !(braced != id));
+        std::string const narrow = small.toStdString();
+        EXPECT_TRUE(id == small && id == small.constData() && id == narrow.c_str());
+        EXPECT_TRUE(small == id && small.constData() == id && narrow.c_str() == id);
+        EXPECT_FALSE(id != small || small != id || braced != id);
         EXPECT_EQ(id.ToString(static_cast<TUUIDFormatOption>(9)), TString(braced));
         EXPECT_EQ(id.ToString(TUUIDFormatOption::Base36), TString(base36));
         EXPECT_EQ(id.ToString(TUUIDFormatOption::Base64), TString(base64));
