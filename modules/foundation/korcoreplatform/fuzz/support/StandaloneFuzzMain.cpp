@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -90,27 +91,21 @@ void runOne(std::string const& input)
 
 int main(int argc, char** argv)
 {
-    double seconds = 0;
-    std::size_t wantedRuns = 0;
+    std::map<std::string, std::string> options = {{"-max_total_time", "0"}, {"-runs", "0"}};
     for (int i = 1; i < argc; ++i) {
         std::string const argument = argv[i];
-        std::string const value = argument.substr(argument.find('=') + 1);
-        if (argument.rfind("-max_total_time=", 0) == 0) {
-            seconds = std::stod(value);
-        } else if (argument.rfind("-runs=", 0) == 0) {
-            wantedRuns = std::stoul(value);
-        } else if (argument.rfind("-artifact_prefix=", 0) == 0) {
-            s_artifact = value + s_artifact;
-        } else if (std::filesystem::is_directory(argument)) {
-            for (auto const& entry : std::filesystem::recursive_directory_iterator(argument)) {
-                if (entry.is_regular_file()) {
-                    addInput(entry);
-                }
-            }
-        } else if (argument.rfind('-', 0) != 0) {
+        if (argument[0] == '-') {
+            std::size_t const name = argument.find('=');
+            options[argument.substr(0, name)] = argument.substr(name + 1);
+        } else if (!std::filesystem::is_directory(argument)) {
             addInput(argument);
+        } else {
+            for (auto const& entry : std::filesystem::directory_iterator(argument)) {
+                addInput(entry);
+            }
         }
     }
+    s_artifact = options["-artifact_prefix"] + s_artifact;
     if (__sanitizer_set_death_callback != nullptr) {
         __sanitizer_set_death_callback(keepCurrentInput);
     }
@@ -121,8 +116,9 @@ int main(int argc, char** argv)
     std::size_t runs = s_inputs.size();
     s_inputs.emplace_back(); // what a run without files begins with
     using Clock = std::chrono::steady_clock;
-    auto const end = Clock::now() + std::chrono::duration<double>(seconds);
-    for (; runs < wantedRuns || Clock::now() < end; ++runs) {
+    std::chrono::duration<double> const time(std::stod(options["-max_total_time"]));
+    std::size_t const wantedRuns = std::stoul(options["-runs"]);
+    for (auto const end = Clock::now() + time; runs < wantedRuns || Clock::now() < end; ++runs) {
         runOne(nextInput());
     }
     std::printf("%zu inputs, no failure\n", runs);
