@@ -44,33 +44,23 @@ std::size_t below(std::size_t bound)
     return s_random() % bound;
 }
 
-/// A few bytes: those at which text formats change their mind, any bytes, a piece of an input.
-std::string someBytes()
+/// An input with one to eight small changes: bytes replaced, put in or taken out. What comes in are
+/// bytes at which text formats change their mind, any bytes, or a piece of an input.
+std::string nextInput()
 {
     static std::string const s_telling(
         "\0\1%09\n\r \"\\-.\x7f\x80\xbf\xc0\xd8\xdc\xed\xef\xf4\xfe\xff", 23);
-    std::string const& input = s_inputs[below(s_inputs.size())];
-    std::size_t const kind = below(3);
-    if (kind == 0) {
-        return input.substr(below(input.size() + 1), below(input.size() + 1));
-    }
-    char const any = static_cast<char>(s_random());
-    return std::string(1 + below(4), kind == 1 ? any : s_telling[below(s_telling.size())]);
-}
-
-/// An input with one to eight small changes: bits flipped, bytes replaced, put in or taken out.
-std::string nextInput()
-{
     std::string bytes = s_inputs[below(s_inputs.size())];
     for (std::size_t left = 1 + below(8); left > 0; --left) {
+        std::string const& other = s_inputs[below(s_inputs.size())];
+        std::string const added[] = {std::string(1 + below(4), s_telling[below(s_telling.size())]),
+                                     std::string(1 + below(4), static_cast<char>(s_random())),
+                                     other.substr(below(other.size() + 1), below(other.size() + 1)),
+                                     ""};
+        std::size_t const kind = below(4);
+        bool const removes = kind == 3 || below(2) == 0;
         std::size_t const at = below(bytes.size() + 1);
-        if (at != bytes.size() && below(4) == 0) {
-            bytes[at] = static_cast<char>(bytes[at] ^ (1 << below(8)));
-            continue;
-        }
-        std::string const added = below(4) == 0 ? "" : someBytes();
-        bool const removes = added.empty() || below(2) == 0;
-        bytes.replace(at, removes ? below(bytes.size() - at + 1) : 0, added);
+        bytes.replace(at, removes ? below(bytes.size() - at + 1) : 0, added[kind]);
     }
     return bytes.substr(0, kMaxLength);
 }
