@@ -58,15 +58,15 @@ TEST(TDirectoryTest, ListsWhatTheSystemHasInItsOrder)
 TEST(TDirectoryTest, AListingEndsOnceAndForAll)
 {
     TemporaryFolder const folder;
+    int const next = ::dup(STDIN_FILENO); // what is opened next has this descriptor
+    ::close(next);
     TDirectory const directory(folder.Path());
     EXPECT_TRUE(directory.isEmpty());
     EXPECT_TRUE(directory.begin() == directory.end());
     folder.Write("a", "");
     EXPECT_FALSE(directory.isEmpty());
-    int const next = ::dup(STDIN_FILENO); // what is opened next has this descriptor
-    ::close(next);
     TDirectory::iterator open = directory.begin();
-    EXPECT_EQ(::fcntl(next, F_GETFD), FD_CLOEXEC); // and what has looked before is closed
+    EXPECT_EQ(::fcntl(next, F_GETFD), FD_CLOEXEC); // what has looked before is closed
     EXPECT_FALSE(open == open);
     EXPECT_TRUE(open != directory.begin());
     std::filesystem::remove(folder.Native("a"));
