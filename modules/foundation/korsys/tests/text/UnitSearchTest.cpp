@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -59,18 +60,14 @@ void CheckTexts(std::u16string const& text, std::u16string const& needle, std::s
     auto const found = [&](auto find) { return find(t, Size(text), s, Size(needle)); };
     int const order = text.compare(needle); // of numbers, not of bytes in memory
     ASSERT_EQ(found(Compare), (order > 0) - (order < 0));
-    int const first = int(text.find(needle));
-    int const last = int(text.rfind(needle));
-    int count = 0;
+    std::array expected = {int(text.find(needle)), int(text.rfind(needle)), 0};
     for (std::size_t at = text.find(needle); at != text.npos; at = text.find(needle, at + 1)) {
-        ++count;
+        ++expected[2];
     }
-    ASSERT_EQ(found(FindText), first);
-    ASSERT_EQ(found(FindLastText), last);
-    ASSERT_EQ(found(CountText), count);
-    ASSERT_EQ(found(Scalar::FindText), first);
-    ASSERT_EQ(found(Scalar::FindLastText), last);
-    ASSERT_EQ(found(Scalar::CountText), count);
+    ASSERT_EQ((std::array{found(FindText), found(FindLastText), found(CountText)}), expected);
+    ASSERT_EQ((std::array{found(Scalar::FindText), found(Scalar::FindLastText),
+                          found(Scalar::CountText)}),
+              expected);
 }
 
 TEST(UnitSearchTest, TextsAreFoundAsAPlainSearchFindsThem)
