@@ -115,6 +115,7 @@ TEST(FileChannelTest, AForkNeitherWritesNorUnlocks)
     TemporaryFolder const folder;
     auto channel = std::make_unique<TLog::TruncateFileChannel>(folder / u"app.log", 1, 10);
     auto const file = Open(folder / u"file.log");
+    file->WriteRaw("kept ", 5);
     file->Write("buffered", 8);
     auto const inChild = [&]() noexcept {
         channel->Append(Severity::Info, Event(u"of-child", nullptr));
@@ -130,13 +131,13 @@ TEST(FileChannelTest, AForkNeitherWritesNorUnlocks)
         std::string const path = folder.Native(name);
         return std::vector{PathLine("open-log", path), PathLine("close-log", path)};
     };
-    EXPECT_EQ(folder.Read("app.log") + folder.Read("file.log"), "");
+    EXPECT_EQ(folder.Read("app.log") + folder.Read("file.log"), "kept ");
     EXPECT_EQ(LogLines(folder.Read("app_1.log")), lines("app_1.log"));
     EXPECT_EQ(Open(folder / u"app.log")->GetPath(), folder / u"app_1.log");
     channel.reset();
     EXPECT_EQ(LogLines(folder.Read("app.log")), lines("app.log"));
     file->Flush();
-    EXPECT_EQ(folder.Read("file.log"), "buffered");
+    EXPECT_EQ(folder.Read("file.log"), "kept buffered");
 }
 
 TEST(FileChannelTest, TheSizeIsInWholeMebibytesAndALossInLines)
