@@ -148,7 +148,8 @@ TEST(NumberTextTest, IntegerGrammar)
     }
 }
 
-/// The limits with every last digit in place of theirs and behind it, and the next power.
+/// The limits with every digit in place of their last and behind it, and all round numbers of
+/// their length and the next.
 template <class Integer>
 void CheckRange(Parsed<Integer> (*reader)(char16_t const*, int, int) = ToInteger<Integer>)
 {
@@ -159,8 +160,10 @@ void CheckRange(Parsed<Integer> (*reader)(char16_t const*, int, int) = ToInteger
             std::string const start = text.substr(0, text.size() - 1);
             for (int digit = 0; digit < base; ++digit) {
                 std::string const last = Unsigned(static_cast<std::uint64_t>(digit), base);
-                CheckAgainstStandard<Integer>(start + last, reader, base);
-                CheckAgainstStandard<Integer>(text + last, reader, base);
+                std::string const round = last + std::string(start.size(), '0');
+                for (auto const& near : {start + last, text + last, round, round + '0'}) {
+                    CheckAgainstStandard<Integer>(near, reader, base);
+                }
             }
         }
     }
