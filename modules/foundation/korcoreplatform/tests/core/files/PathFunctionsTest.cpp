@@ -94,6 +94,7 @@ TEST(PathFunctionsTest, StackIsAttachedExactlyWhileTheOptionIsOn)
         OptLogStackOnFileError::SetLogStackOnFileError(isOn);
         try {
             FileSize(u"/missing");
+            ADD_FAILURE() << "did not throw";
         } catch (TPath::Exception const& e) {
             EXPECT_EQ(e.GetMessages().size() > 1, isOn) << e.what();
         }
