@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -43,33 +44,23 @@ std::size_t below(std::size_t bound)
     return s_random() % bound;
 }
 
-/// A few bytes: those at which text formats change their mind, any bytes, a piece of an input.
-std::string someBytes()
+/// An input with one to eight small changes: bytes replaced, put in or taken out. What comes in are
+/// bytes at which text formats change their mind, any bytes, or a piece of an input.
+std::string nextInput()
 {
     static std::string const s_telling(
         "\0\1%09\n\r \"\\-.\x7f\x80\xbf\xc0\xd8\xdc\xed\xef\xf4\xfe\xff", 23);
-    std::string const& input = s_inputs[below(s_inputs.size())];
-    std::size_t const kind = below(3);
-    if (kind == 0) {
-        return input.substr(below(input.size() + 1), below(input.size() + 1));
-    }
-    char const any = static_cast<char>(s_random());
-    return std::string(1 + below(4), kind == 1 ? any : s_telling[below(s_telling.size())]);
-}
-
-/// An input with one to eight small changes: bits flipped, bytes replaced, put in or taken out.
-std::string nextInput()
-{
     std::string bytes = s_inputs[below(s_inputs.size())];
     for (std::size_t left = 1 + below(8); left > 0; --left) {
+        std::string const& other = s_inputs[below(s_inputs.size())];
+        std::string const added[] = {std::string(1 + below(4), s_telling[below(s_telling.size())]),
+                                     std::string(1 + below(4), static_cast<char>(s_random())),
+                                     other.substr(below(other.size() + 1), below(other.size() + 1)),
+                                     ""};
+        std::size_t const kind = below(4);
+        bool const removes = kind == 3 || below(2) == 0;
         std::size_t const at = below(bytes.size() + 1);
-        if (at != bytes.size() && below(4) == 0) {
-            bytes[at] = static_cast<char>(bytes[at] ^ (1 << below(8)));
-            continue;
-        }
-        std::string const added = below(4) == 0 ? "" : someBytes();
-        bool const removes = added.empty() || below(2) == 0;
-        bytes.replace(at, removes ? below(bytes.size() - at + 1) : 0, added);
+        bytes.replace(at, removes ? below(bytes.size() - at + 1) : 0, added[kind]);
     }
     return bytes.substr(0, kMaxLength);
 }
@@ -90,27 +81,21 @@ void runOne(std::string const& input)
 
 int main(int argc, char** argv)
 {
-    double seconds = 0;
-    std::size_t wantedRuns = 0;
+    std::map<std::string, std::string> options = {{"-max_total_time", "0"}, {"-runs", "0"}};
     for (int i = 1; i < argc; ++i) {
         std::string const argument = argv[i];
-        std::string const value = argument.substr(argument.find('=') + 1);
-        if (argument.rfind("-max_total_time=", 0) == 0) {
-            seconds = std::stod(value);
-        } else if (argument.rfind("-runs=", 0) == 0) {
-            wantedRuns = std::stoul(value);
-        } else if (argument.rfind("-artifact_prefix=", 0) == 0) {
-            s_artifact = value + s_artifact;
-        } else if (std::filesystem::is_directory(argument)) {
-            for (auto const& entry : std::filesystem::recursive_directory_iterator(argument)) {
-                if (entry.is_regular_file()) {
-                    addInput(entry);
-                }
-            }
-        } else if (argument.rfind('-', 0) != 0) {
+        if (argument[0] == '-') {
+            std::size_t const name = argument.find('=');
+            options[argument.substr(0, name)] = argument.substr(name + 1);
+        } else if (!std::filesystem::is_directory(argument)) {
             addInput(argument);
+        } else {
+            for (auto const& entry : std::filesystem::directory_iterator(argument)) {
+                addInput(entry);
+            }
         }
     }
+    s_artifact = options["-artifact_prefix"] + s_artifact;
     if (__sanitizer_set_death_callback != nullptr) {
         __sanitizer_set_death_callback(keepCurrentInput);
     }
@@ -121,8 +106,9 @@ int main(int argc, char** argv)
     std::size_t runs = s_inputs.size();
     s_inputs.emplace_back(); // what a run without files begins with
     using Clock = std::chrono::steady_clock;
-    auto const end = Clock::now() + std::chrono::duration<double>(seconds);
-    for (; runs < wantedRuns || Clock::now() < end; ++runs) {
+    std::chrono::duration<double> const time(std::stod(options["-max_total_time"]));
+    std::size_t const wantedRuns = std::stoul(options["-runs"]);
+    for (auto const end = Clock::now() + time; runs < wantedRuns || Clock::now() < end; ++runs) {
         runOne(nextInput());
     }
     std::printf("%zu inputs, no failure\n", runs);

@@ -57,37 +57,23 @@ TEST(TTextEncodingTest, MarksAndDeclarationsTellTheEncoding)
     EXPECT_EQ(DetectEncoding(nullptr, 100), std::make_pair(EncodingUtf8, 0));
 }
 
-TEST(TTextEncodingTest, PiecesBecomeTextAndOnlyTheFirstLosesItsMark)
+// What pieces become, wherever they are cut, is the fuzzer's.
+TEST(TTextEncodingTest, AnObjectKeepsInMindWhetherItsFirstPieceHasCome)
 {
-    std::string const latin1 = "<?xml encoding='iso-8859-1'?>";
-    TString const latin1Text(latin1.c_str());
     std::u32string many = U"\uFEFF"; // more than are converted at once
     for (char32_t c = 0x10001; many.size() < 3000; ++c) {
         many += c;
     }
-    std::tuple<int, std::vector<std::string>, std::vector<TString>> const cases[] = {
-        {__LINE__, {"\xEF\xBB\xBFz\xC3\xA9", "\xEF\xBB\xBFz"}, {u"z\u00E9", u"\uFEFFz"}},
-        {__LINE__, {latin1, "\xE9\xFF", ""}, {latin1Text, u"\u00E9\u00FF", u""}},
-        {__LINE__, {Bytes(many, 4)}, {TString::fromStdUString(many.substr(1))}},
-        // Bytes that make no whole unit are dropped; what is no character is replaced.
-        {__LINE__, {"\xFF\xFEz\0\xE9"s, "\xE9"}, {u"z", u""}},
-        {__LINE__, {"\xFF\xFE\0\0z\0\0\0\1\1\1"s, "\1\1\1"}, {u"z", u""}},
-    };
-    for (auto const& [line, pieces, texts] : cases) {
-        TTextEncoding encoding(pieces[0].data(), pieces[0].size());
+    std::string const bytes = Bytes(many, 4);
+    TTextEncoding encoding(bytes.data(), bytes.size());
+    TTextEncoding copy(encoding);
+    for (TTextEncoding* each : {&encoding, &copy}) {
         // Empty pieces do not count as the first one.
-        EXPECT_EQ(encoding.ToTString(nullptr, 7) + encoding.ToTString("", 0), TString());
-        for (std::size_t i = 0; i < pieces.size(); ++i) {
-            std::vector<char> const exact(pieces[i].begin(), pieces[i].end());
-            EXPECT_EQ(encoding.ToTString(exact), texts[i]) << "line " << line << ", piece " << i;
-        }
+        EXPECT_EQ(each->ToTString(nullptr, 7) + each->ToTString("", 0), TString());
+        EXPECT_EQ(each->ToTString(std::vector<char>(bytes.begin(), bytes.end())),
+                  TString::fromStdUString(many.substr(1)));
+        EXPECT_EQ(each->ToTString("\xFF\xFE\0\0", 4), TString(u"\uFEFF"));
     }
-    // A piece that is cut inside its mark does count, for the object that was given it.
-    TTextEncoding cutInsideMark("\xFF\xFE\0\0", 4);
-    TTextEncoding copy(cutInsideMark);
-    EXPECT_EQ(cutInsideMark.ToTString("\xFF\xFE\0", 3), TString());
-    EXPECT_EQ(cutInsideMark.ToTString("z\0\0", 4), TString(u"z"));
-    EXPECT_EQ(copy.ToTString("\xFF\xFE\0\0z\0\0", 8), TString(u"z"));
 }
 
 TEST(TTextEncodingTest, APieceOfMoreThanATextHoldsIsRefusedBeforeItIsRead)
@@ -110,7 +96,6 @@ TEST(TTextEncodingTest, NamedCodecsDecodeAndTellFailure)
     std::tuple<int, char const*, char const*, TString, std::optional<bool>> const cases[] = {
         {__LINE__, "\xE4\x80", "windows-1252", u"\u00E4\u20AC", false},
         {__LINE__, "z\xFF", "utf-8", u"z\uFFFD", true},
-        {__LINE__, "z\xC3\xA9", "no such codec", u"z\u00E9", {}},
         {__LINE__, "z\xFF", "", u"z\uFFFD", {}},
         {__LINE__, "z\xFF", nullptr, u"z\uFFFD", {}},
         {__LINE__, "", "utf-8", u"", {}},

@@ -73,14 +73,13 @@ TEST(KorvelExceptionTest, ThrowingBuildsTheRecordAndTheMessageOfThePlace)
     };
     EXPECT_KOR_ERROR_TEXT(run(), DerivedException, kOfTheSystem, u"m");
     // The path is Latin-1, the text UTF-8; neither is a template.
-    try {
-        ThrowLogicException("main/%3\xFC", 176, "a %1 \xC3\xBC",
+    auto const fail = [] {
+        ThrowLogicException("main/%3\xFC", 176, "%1 \xC3\xBC: found",
                             KorErrorsError::LogicAssert_0x0AAE8A7B());
-    } catch (LogicException const& e) {
-        EXPECT_STREQ(e.what(), "Internal error in file \"main/%3\xC3\xBC\" at line 176: "
-                               "a %1 \xC3\xBC");
-        EXPECT_EQ(e.GetErrorInfo().GetError().GetName(), u"LogicException_LogicAssert_0x0AAE8A7B");
-    }
+    };
+    EXPECT_KOR_ERROR_TEXT(
+        fail(), LogicException, "LogicException_LogicAssert_0x0AAE8A7B",
+        u"Internal error in file \"main/%3\u00FC\" at line 176: %1 \u00FC: found");
 }
 
 } // namespace

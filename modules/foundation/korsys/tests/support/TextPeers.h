@@ -72,7 +72,7 @@ inline std::u16string IcuDecode(std::string const& bytes, bool* wellFormed = nul
     return IcuConverted<char16_t>(::u_strFromUTF8WithSub, bytes, wellFormed);
 }
 
-inline std::string IcuEncode(std::u16string const& units, bool* wellFormed = nullptr)
+inline std::string IcuEncode(std::u16string const& units)
 {
-    return IcuConverted<char>(::u_strToUTF8WithSub, units, wellFormed);
+    return IcuConverted<char>(::u_strToUTF8WithSub, units, nullptr);
 }

@@ -2,7 +2,6 @@
 
 #include "korsys/tests/support/KorTest.h"
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -25,14 +24,7 @@ TEST(TSystemCoreTest, ThreadsAndForkedChildrenHaveTheirOwnIds)
         return id != here && id != 0 && id == TSystemCore::ThreadID() && ProcessIDIsTheSystems();
     };
     std::thread([&] { EXPECT_TRUE(isElsewhere()); }).join();
-    pid_t const child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        ::_exit(isElsewhere() ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_EXIT(std::_Exit(isElsewhere() ? 0 : 1), testing::ExitedWithCode(0), "");
     EXPECT_TRUE(ProcessIDIsTheSystems());
     EXPECT_EQ(TSystemCore::ThreadID(), here);
 }

@@ -12,14 +12,6 @@ using TextConversion::Kernels;
 
 namespace {
 
-TEST(TextConversionTest, ThePeerMarksWhatIsIllFormedAsTheLibraryMust)
-{
-    // One mark for what is there of a cut character, one for each byte that fits nowhere.
-    EXPECT_EQ(IcuDecode("\xF0\x9F\x98\xC3\xA9\xA9\xC0\x80"), u"\xFFFD\xE9\xFFFD\xFFFD\xFFFD");
-    EXPECT_EQ(IcuDecode("\xE0\x9F\xBF\xED\xA0\x80\xF4"), std::u16string(7, u'\xFFFD'));
-    EXPECT_EQ(IcuEncode(u"\xDC00\xDBFF"), "\xEF\xBF\xBD\xEF\xBF\xBD");
-}
-
 /// Text of all lengths whose stretches keep to one kind of character, as real text does.
 std::u32string RandomCodePoints(std::mt19937& random)
 {

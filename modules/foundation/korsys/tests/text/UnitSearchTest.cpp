@@ -5,8 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-
-using namespace std::string_literals;
+#include <array>
 
 namespace {
 
@@ -59,18 +58,16 @@ void CheckTexts(std::u16string const& text, std::u16string const& needle, std::s
     Exact const t(text, offset % 8);
     Exact const s(needle, offset / 8 % 8);
     auto const found = [&](auto find) { return find(t, Size(text), s, Size(needle)); };
-    int const first = int(text.find(needle));
-    int const last = int(text.rfind(needle));
-    int count = 0;
+    int const order = text.compare(needle); // of numbers, not of bytes in memory
+    ASSERT_EQ(found(Compare), (order > 0) - (order < 0));
+    std::array expected = {int(text.find(needle)), int(text.rfind(needle)), 0};
     for (std::size_t at = text.find(needle); at != text.npos; at = text.find(needle, at + 1)) {
-        ++count;
+        ++expected[2];
     }
-    ASSERT_EQ(found(FindText), first);
-    ASSERT_EQ(found(FindLastText), last);
-    ASSERT_EQ(found(CountText), count);
-    ASSERT_EQ(found(Scalar::FindText), first);
-    ASSERT_EQ(found(Scalar::FindLastText), last);
-    ASSERT_EQ(found(Scalar::CountText), count);
+    ASSERT_EQ((std::array{found(FindText), found(FindLastText), found(CountText)}), expected);
+    ASSERT_EQ((std::array{found(Scalar::FindText), found(Scalar::FindLastText),
+                          found(Scalar::CountText)}),
+              expected);
 }
 
 TEST(UnitSearchTest, TextsAreFoundAsAPlainSearchFindsThem)
@@ -129,18 +126,8 @@ TEST(UnitSearchTest, AdversarialNeedlesTakeLinearTime)
     }
 }
 
-TEST(UnitSearchTest, ComparisonGoesByTheFirstDifferingUnit)
+TEST(UnitSearchTest, AnyUnitMayBeTheFirstThatDiffers)
 {
-    // Neighbours in order; units are compared as numbers, not as bytes in memory.
-    auto const ascending = {u""s,       u"\0"s,           u"\0\0"s,   u"a"s,
-                            u"aa"s,     u"a\u0101"s,      u"b"s,      u"\u00FF"s,
-                            u"\u0100"s, u"\xD800\xDC00"s, u"\xE000"s, u"\xFFFF"s};
-    for (std::u16string const& left : ascending) {
-        for (std::u16string const& right : ascending) {
-            int const expected = &left == &right ? 0 : &left < &right ? -1 : 1;
-            EXPECT_EQ(Compare(left.data(), Size(left), right.data(), Size(right)), expected);
-        }
-    }
     for (int length = 0; length <= 70; ++length) {
         Exact const left(std::u16string(std::size_t(length), u'\u0100'), 1);
         for (int at = 0; at <= length; ++at) {

@@ -2,6 +2,7 @@
 
 #include "korcoreplatform/main/core/logging/CallbackChannel.h"
 #include "korcoreplatform/main/core/logging/Event.h"
+#include "korcoreplatform/main/core/logging/LogScopes.h"
 #include "korcoreplatform/main/core/logging/MemoryChannel.h"
 #include "korcoreplatform/main/core/logging/TConcurrentQueue.h"
 #include "korcoreplatform/main/core/runtime/OptLogSeverity.h"
@@ -108,6 +109,20 @@ TEST(AsyncLoggerTest, FiltersAreAskedUntilOneDecides)
         EXPECT_EQ(KeysOf(*channel), kept) << first << ' ' << then;
         EXPECT_EQ(second->asked, askedThen);
     }
+}
+
+TEST(AsyncLoggerTest, AFilterIsThereForTheLengthOfItsScope)
+{
+    auto const channel = std::make_shared<MemoryChannel>();
+    AsyncLogger logger(Severity::Info, TPath());
+    logger.AddChannel(channel);
+    {
+        FilterScope const scope(logger, std::make_shared<Answer>(Filter::Drop));
+        logger.Log(Severity::Info, Named(u"within"));
+    }
+    logger.Log(Severity::Info, Named(u"after"));
+    EXPECT_TRUE(logger.FlushAndWait(kLongMs));
+    EXPECT_EQ(KeysOf(*channel), "after ");
 }
 
 TEST(AsyncLoggerTest, EveryWayToLogCarriesItsAccessLevelAndAsksForItsSeverity)

@@ -7,8 +7,7 @@
 #include "korcoreplatform/tests/support/TimeZoneGuard.h"
 #include "korsys/main/system/TStackWalker.h"
 #include "korsys/main/system/TSystemCore.h"
-
-#include <future>
+#include "korsys/tests/support/Threads.h"
 
 namespace {
 
@@ -144,13 +143,10 @@ TEST_F(EventTest, AllWhoAskAMessageForItsValueGetOneAndTheSame)
     LogMessage(TLog::NonErrorSeverity(TLog::Severity::Warn), u"",
                Texts{{u"b", u"2"}, {u"a", u"1"}});
     for (LogRecord const& record : log.Records()) {
-        std::future<std::shared_ptr<TLog::Value>> values[4];
-        for (auto& value : values) {
-            value =
-                std::async(std::launch::async, [copy = record.event] { return copy.GetValue(); });
-        }
-        for (auto& value : values) {
-            EXPECT_EQ(value.get(), record.event.GetValue());
+        std::shared_ptr<TLog::Value> values[4];
+        OnThreads(4, [&](unsigned i) { values[i] = Event(record.event).GetValue(); });
+        for (auto const& value : values) {
+            EXPECT_EQ(value, record.event.GetValue());
         }
     }
     EXPECT_EQ(TextOf(log.Records().at(0).event.GetValue()), uR"("text")");

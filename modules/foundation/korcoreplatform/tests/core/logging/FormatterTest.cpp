@@ -1,5 +1,7 @@
 #include "korcoreplatform/main/core/logging/Formatter.h"
 
+#include "korcoreplatform/main/core/files/TFile.h"
+#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/Event.h"
 #include "korcoreplatform/main/core/logging/LoggingContext.h"
 #include "korcoreplatform/main/core/logging/Value.h"
@@ -11,11 +13,14 @@
 #include <nlohmann/json.hpp>
 
 #include <limits>
+#include <regex>
 
 namespace {
 
 using nlohmann::json;
+using nlohmann::ordered_json;
 using namespace TLog;
+using Names = std::vector<std::string>;
 
 std::shared_ptr<TLog::Value> const kNone;
 constexpr long long kMarch2 = 1709370303004999; // 2024-03-02T09:05:03.004999 UTC
@@ -126,7 +131,6 @@ std::string Escaped(TString const& text)
 TEST(FormatterTest, EveryUnitHasItsEscape)
 {
     Formatter formatter;
-    EXPECT_EQ(formatter.String(u"\"\\\t\u00e9\x7f\x1f/"), uR"("\"\\\t\u00e9\u007f\u001f/")");
     EXPECT_EQ(formatter.Key(u"\U0001F600"), uR"("\ud83d\ude00")");
     EXPECT_EQ(formatter.String(static_cast<char16_t const*>(nullptr)), u"\"\"");
     EXPECT_EQ(formatter.String(u"\xd800\xffff\xdc00"), uR"("\ud800\uffff\udc00")");
@@ -236,6 +240,96 @@ TEST(FormatterTest, ValuesOfAHostVisitWhatTheyAre)
     };
     EXPECT_TRUE(Masking()(Severity::Info, Record(Array::Make({Literal::Int(1), all})))
                     .endsWith(uR"("v":["*",{"a":null,"b":["*","*"],"c":"*"}]})"));
+}
+
+std::string ReadFile(TString const& name)
+{
+    return TFile::LoadUtf8File(u"" KOR_PROJECT_FOLDER "/" + name, false);
+}
+
+/// The first group of the pattern, for each line that is like it.
+Names LinesLike(std::string const& text, std::string const& pattern)
+{
+    Names found;
+    std::istringstream in(text);
+    std::smatch match;
+    for (std::string line; std::getline(in, line);) {
+        if (std::regex_match(line, match, std::regex(pattern))) {
+            found.push_back(match[1]);
+        }
+    }
+    return found;
+}
+
+Names KeysOf(ordered_json const& object)
+{
+    Names keys;
+    for (auto const& pair : object.items()) {
+        keys.push_back(pair.key());
+    }
+    return keys;
+}
+
+std::string Line(Event const& event, Severity severity = Severity::Info)
+{
+    return Formatter()(severity, event).toStdString();
+}
+
+std::string FullLine()
+{
+    TLog::SetLoggingContextEnabled(true);
+    TLog::SetLogQuarantineUuid(TUUID(u"{00000001-0000-0002-0000-000300000004}"));
+    OptMetrics::SetIsActivityAndResourceTracingEnabledFunction([] { return true; });
+    TLog::ActivityInfoFactory::SetFactoryFunction([](TLog::EventTime, TString const&) {
+        return ActivityInfo(
+            TLog::EventTime(std::chrono::microseconds(kMarch2 + 13000)), 4242, 0x1a2b, u"s-17",
+            u"r-204", u"zoe", u"north", Object::Make({{u"node", Literal::String(u"n3")}}),
+            Object::Make({{u"name", Literal::String(u"save")}, {u"step", Literal::Int(2)}}),
+            Object::Make({{u"tenant", Literal::String(u"blue")}}), u"5f0c");
+    });
+    Event const event(u"save-failed",
+                      Object::Make({{u"path", Literal::String(u"/tmp/Zo\u00EB.txt")},
+                                    {u"tries", Literal::Int(3)}}),
+                      TError::ErrorInfo(KorErrorsError::AutoGen_0x8CA372D6(),
+                                        TError::ErrorSource::System, grpc::UNKNOWN));
+    TString const line = Formatter()(TLog::AccessLevel::Quarantine, Severity::Error, event);
+    TLog::ActivityInfoFactory::SetFactoryFunction(nullptr);
+    OptMetrics::SetIsActivityAndResourceTracingEnabledFunction([] { return false; });
+    TLog::SetLogQuarantineUuid(TUUID());
+    TLog::SetLoggingContextEnabled(false);
+    return line.toStdString();
+}
+
+TEST(FormatterTest, TheDocumentAndTheSchemaHaveItsLinesAndKeys)
+{
+    TimeZoneGuard const utc("UTC");
+    ordered_json const least = ordered_json::parse(Line(Record(kNone)));
+    ordered_json const full = ordered_json::parse(FullLine());
+    std::string const text = ReadFile(u"docs/logging.md");
+    EXPECT_EQ(LinesLike(text, R"((\{"ts".*))"),
+              (Names{Line(Record(u"The workbook was opened.")), FullLine()}));
+    std::string const table =
+        text.substr(text.find("| key |"), text.find("\n- Texts") - text.find("| key |"));
+    EXPECT_EQ(LinesLike(table, R"(\| `(\w+)` \| .*)"), KeysOf(full));
+    EXPECT_EQ(LinesLike(table, R"(\| `(\w+)` \| always \| .*)"), KeysOf(least));
+
+    ordered_json const schema = ordered_json::parse(ReadFile(u"tools/log-line.schema.json"));
+    EXPECT_EQ(KeysOf(schema.at("properties")), KeysOf(full));
+    EXPECT_EQ(schema.at("required"), KeysOf(least));
+    for (auto const& [key, rule] : schema.at("properties").items()) {
+        std::string const type =
+            full.at(key).is_number_integer() ? "integer" : full.at(key).type_name();
+        EXPECT_EQ(rule.value("type", type), type) << key;
+        if (rule.contains("pattern")) {
+            std::regex const pattern(rule["pattern"].get<std::string>());
+            EXPECT_TRUE(std::regex_match(full[key].get<std::string>(), pattern)) << key;
+        }
+    }
+    Names severities;
+    for (int i = 0; i <= static_cast<int>(Severity::LogDetail); ++i) {
+        severities.push_back(json::parse(Line(Record(kNone), static_cast<Severity>(i)))["sev"]);
+    }
+    EXPECT_EQ(schema.at("properties").at("sev").at("enum"), severities);
 }
 
 } // namespace

@@ -1,8 +1,5 @@
 #include "korcoreplatform/main/core/logging/LogScopes.h"
 
-#include "korcoreplatform/main/core/logging/AsyncLogger.h"
-#include "korcoreplatform/main/core/logging/Filter.h"
-#include "korcoreplatform/main/core/logging/MemoryChannel.h"
 #include "korcoreplatform/main/core/runtime/OptMetrics.h"
 #include "korcoreplatform/main/core/system/TElapsedTimer.h"
 #include "korcoreplatform/tests/support/RecordingLogger.h"
@@ -11,29 +8,9 @@ namespace {
 
 using namespace TLog;
 
-struct DropAll : TLog::Filter
-{
-    int Decide(Severity, TLog::Event const&) override { return Drop; }
-};
-
 Object::Map const& ValuesOf(LogRecord const& record)
 {
     return dynamic_cast<Object const&>(*record.event.GetValue()).GetValues();
-}
-
-TEST(LogScopesTest, AFilterIsThereForTheLengthOfItsScope)
-{
-    auto const channel = std::make_shared<TLog::MemoryChannel>();
-    TLog::AsyncLogger logger(Severity::Info, TPath());
-    logger.AddChannel(channel);
-    {
-        TLog::FilterScope const scope(logger, std::make_shared<DropAll>());
-        logger.Log(Severity::Info, TLog::Event(u"within", nullptr));
-    }
-    logger.Log(Severity::Info, TLog::Event(u"after", nullptr));
-    ASSERT_TRUE(logger.FlushAndWait(-1));
-    ASSERT_EQ(channel->GetRecords().size(), 1u);
-    EXPECT_EQ(channel->GetRecords()[0].event.GetKey(), u"after");
 }
 
 TEST(LogScopesTest, TheTypeDecidesWhichRecordsAreWritten)

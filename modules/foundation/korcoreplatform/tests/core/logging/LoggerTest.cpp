@@ -51,45 +51,26 @@ std::size_t Logged(RecordingLogger const& logger, LogDetail::LogDetailEnums cate
     return logger.records.size() - before;
 }
 
-void ExpectAccepted(RecordingLogger const& logger, LogDetail::LogDetailEnums category,
-                    Severity severity, bool isAccepted)
-{
-    EXPECT_EQ(Logged(logger, category, severity), isAccepted ? 1u : 0u);
-    EXPECT_EQ(LoggerAcceptsSeverity(severity, category), isAccepted);
-}
-
-TEST(LoggerTest, MinimalSeverityIsTheLeastThatIsAccepted)
-{
-    LoggerInSlot<CountingLogger> const logger(Severity::Trace);
-    for (Severity const minimal : kAll) {
-        logger->SetMinimalAcceptedSeverity(minimal);
-        for (Severity const severity : kAll) {
-            SCOPED_TRACE(testing::Message() << int(minimal) << " for " << int(severity));
-            ExpectAccepted(*logger, LogDetail::Count, severity, severity >= minimal);
-            ExpectAccepted(*logger, Network, severity, severity >= minimal);
-        }
-    }
-}
-
-TEST(LoggerTest, ACategorysThresholdDecidesWhileTheOptionIsOn)
+TEST(LoggerTest, ACategorysThresholdDecidesWhileTheOptionIsOnAndElseTheMinimalSeverity)
 {
     LoggerInSlot<CountingLogger> const logger(Severity::Fatal);
-    logger->SetDetail(Network, Severity::Error);
-    logger->SetDetail(LogDetail::Count, Severity::Trace); // is never asked for
-    std::tuple<bool, Severity, LogDetail::LogDetailEnums, Severity, bool> const cases[] = {
-        {true, Severity::Fatal, Network, Severity::Error, true},
-        {true, Severity::Trace, Network, Severity::Warn, false},
-        {true, Severity::Fatal, Caching, Severity::Error, false},
-        {true, Severity::Warn, Caching, Severity::Warn, true},
-        {true, Severity::Warn, LogDetail::Count, Severity::Info, false},
-        {false, Severity::Fatal, Network, Severity::Error, false},
-        {false, Severity::Trace, Network, Severity::Warn, true},
-    };
-    for (auto const& [isOn, minimal, category, severity, isAccepted] : cases) {
-        SCOPED_TRACE(testing::Message() << isOn << int(minimal) << int(severity));
+    for (int const setUp : {0, 1, 2}) { // the last two times it has a threshold
+        bool const isOn = setUp == 2;
         SetPerDetail(isOn);
-        logger->SetMinimalAcceptedSeverity(minimal);
-        ExpectAccepted(*logger, category, severity, isAccepted);
+        for (Severity const minimal : kAll) {
+            logger->SetMinimalAcceptedSeverity(minimal);
+            for (Severity const severity : kAll) {
+                for (auto const category : {Network, Caching, LogDetail::Count}) {
+                    SCOPED_TRACE(testing::Message() << setUp << int(minimal) << int(severity));
+                    bool const isAccepted =
+                        severity >= (isOn && category == Network ? Severity::Error : minimal);
+                    EXPECT_EQ(Logged(*logger, category, severity), isAccepted ? 1u : 0u);
+                    EXPECT_EQ(LoggerAcceptsSeverity(severity, category), isAccepted);
+                }
+            }
+        }
+        logger->SetDetail(Network, Severity::Error);
+        logger->SetDetail(LogDetail::Count, Severity::Trace); // is never asked for
     }
     logger->ClearDetails();
     EXPECT_FALSE(logger->IsDetailSet(Network));

@@ -11,11 +11,15 @@ namespace {
 using Object = std::shared_ptr<boost::any>;
 using Context = std::unordered_map<TString, TString>;
 
+struct SessionScopeTest : testing::Test
+{
+    SessionHooks const hooks;
+};
+
 /// The thread works for a session.
-class CoreThreadContextTest : public testing::Test
+class CoreThreadContextTest : public SessionScopeTest
 {
 protected:
-    SessionHooks const m_hooks;
     OwnedSession const m_session;
     SessionScope const m_scope{m_session.Id()};
     std::shared_ptr<ISessionObjects> const m_objects =
@@ -69,6 +73,71 @@ TEST_F(CoreThreadContextTest, LoggingContextIsOneMapForAllReaders)
     EXPECT_EQ(boost::any_cast<std::shared_ptr<Context>>(*stored), context);
     *stored = std::shared_ptr<Context const>(context); // nearly the right type
     EXPECT_THROW(CoreThreadContextUtils::GetLoggingContext(), boost::bad_any_cast);
+}
+
+void ExpectSession(TUUID const& id)
+{
+    EXPECT_EQ(CoreThreadContext::HasSessionId(), !id.IsNull());
+    EXPECT_EQ(CoreThreadContext::GetSessionId(), id);
+    EXPECT_EQ(CoreThreadContext::GetSessionObjectsInterface(),
+              SessionObjectsMap::Get().GetSessionObjectsInterface(id));
+}
+
+TEST_F(SessionScopeTest, TheInnermostScopeOfTheThreadCounts)
+{
+    OwnedSession const first;
+    OwnedSession const second;
+    TUUID const empty = SessionObjectStore::CreateSession(); // nothing attached
+    ExpectSession(TUUID());
+    {
+        SessionScope const outer(first.Id());
+        {
+            SessionScope const inner(second.Id());
+            ExpectSession(second.Id());
+            std::thread([&] {
+                ExpectSession(TUUID());
+                SessionScope const own(first.Id());
+                ExpectSession(first.Id());
+            }).join();
+            for (TUUID const& none : {empty, TUUID(), TUUID::CreateUUID()}) {
+                SessionScope const pause(none);
+                ExpectSession(TUUID());
+                EXPECT_EQ(CoreThreadContextUtils::GetLoggingContext(), nullptr);
+            }
+            ExpectSession(second.Id());
+        }
+        ExpectSession(first.Id());
+    }
+    ExpectSession(TUUID());
+    SessionObjectStore::DeleteSession(empty);
+}
+
+TEST_F(SessionScopeTest, AWrongOrderOfEndsLeavesNothingBehind)
+{
+    OwnedSession const first;
+    OwnedSession const second;
+    std::optional<SessionScope> outer(first.Id());
+    std::optional<SessionScope> inner(second.Id());
+    outer.reset();
+    ExpectSession(second.Id());
+    inner.reset();
+    ExpectSession(TUUID());
+}
+
+TEST_F(SessionScopeTest, AScopeKeepsTheObjectsOfADeletedSession)
+{
+    std::optional<OwnedSession> session(std::in_place);
+    TUUID const id = session->Id();
+    auto const object = std::make_shared<boost::any>(1);
+    SessionObjectStore::SetSynchronizedObject(id, u"k", object);
+    {
+        SessionScope const scope(id);
+        session.reset();
+        EXPECT_EQ(SessionObjectsMap::Get().GetSessionObjectsInterface(id), nullptr);
+        EXPECT_TRUE(CoreThreadContext::HasSessionId());
+        EXPECT_EQ(CoreThreadContext::GetGenericObject(u"k"), object);
+    }
+    EXPECT_EQ(object.use_count(), 1);
 }
 
 } // namespace

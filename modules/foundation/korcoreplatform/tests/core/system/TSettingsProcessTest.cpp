@@ -36,12 +36,6 @@ protected:
 
     std::string Folder() const { return m_folder.Native("").string(); }
 
-    void WriteFile(std::string const& bytes) const
-    {
-        std::filesystem::create_directories(m_folder.Native(kFile).parent_path());
-        m_folder.Write(kFile, bytes);
-    }
-
     TemporaryFolder m_folder;
 };
 
@@ -142,7 +136,7 @@ int WriteToFullDisk(std::string const& folder)
 TEST_F(TSettingsTest, WhatCannotBeWrittenLeavesTheFileAsItWas)
 {
     std::string const before = "[Proxy]\nhost=one\n";
-    WriteFile(before);
+    m_folder.Write(kFile, before);
     EXPECT_EQ(ChildProcess("full disk", Folder()).End(), QSettings::AccessError);
     EXPECT_EQ(m_folder.Read(kFile), before);
     std::filesystem::remove(m_folder.Native(kFile));
@@ -153,8 +147,9 @@ TEST_F(TSettingsTest, WhatCannotBeWrittenLeavesTheFileAsItWas)
 
 TEST_F(TSettingsTest, WhatIsGoodInASpoiltFileIsReadAndConverted)
 {
-    WriteFile("no group\n\xFF\xFE\n[Proxy\nx=\n[Proxy]\nport=8080\nhost=@Variant(\\0)\nyes=true\n"
-              "word=abc\nempty=\ninvalid=@Invalid()\nno value\n");
+    m_folder.Write(
+        kFile, "no group\n\xFF\xFE\n[Proxy\nx=\n[Proxy]\nport=8080\nhost=@Variant(\\0)\nyes=true\n"
+               "word=abc\nempty=\ninvalid=@Invalid()\nno value\n");
     TSettings settings(TSettings::Proxy);
     EXPECT_EQ(settings.status(), QSettings::FormatError);
     EXPECT_EQ(settings.GetIntValue(u"/port/", 7), 8080); // Qt leaves out the slashes
