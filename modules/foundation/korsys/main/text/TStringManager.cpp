@@ -99,11 +99,6 @@ TLongStringHeader* TLongStringHeader::grown(char16_t const (&units)[16], std::ui
     return block;
 }
 
-void TLongStringHeader::destroy(TLongStringHeader* header) noexcept
-{
-    std::free(header);
-}
-
 /// Continues on a block of its own with the first `keptUnits` units, the length set to them.
 void TStringManager::moveToBlock(std::int64_t capacity, int keptUnits)
 {

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 /// The head of a heap block: the count of its owners, then the text and a terminating zero.
@@ -33,11 +34,11 @@ struct alignas(16) TLongStringHeader
 
     void addReference() noexcept { references.fetch_add(1, std::memory_order_relaxed); }
 
-    /// Gives up one ownership; the last one frees the block.
+    /// Gives up one ownership; the last one frees the block, which `malloc` made.
     void release() noexcept
     {
         if (!isShared() || references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            destroy(this);
+            std::free(static_cast<void*>(this));
         }
     }
 
@@ -59,9 +60,6 @@ struct alignas(16) TLongStringHeader
     /// The same for a text of up to 16 units that is in no block.
     KORSYS_EXPORT static TLongStringHeader* grown(char16_t const (&units)[16], std::uint32_t length,
                                                   int n);
-
-private:
-    KORSYS_EXPORT static void destroy(TLongStringHeader* header) noexcept;
 };
 
 /// Holds the units of a text. A text of up to 14 units lies in the object; a longer one lies in a

@@ -43,8 +43,8 @@ public:
     void PushRecord(AccessLevel accessLevel, Severity severity, Event&& event);
 
     /// Any thread: tells the writer to stop when it has handled what is there, and waits for that.
-    /// Returns whether it happened in so many milliseconds. The writer itself does not
-    /// wait: it deletes this object when it has stopped.
+    /// Returns whether it happened in so many milliseconds. The writer itself does not wait: it
+    /// deletes this object when it has stopped.
     bool Shutdown(int milliseconds);
 
     bool FlushAndWait(int milliseconds);                        ///< Any thread.
