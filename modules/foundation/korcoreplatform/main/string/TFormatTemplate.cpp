@@ -1,10 +1,12 @@
 #include "korcoreplatform/main/string/TFormatTemplate_p.h"
 
+#include "korcoreplatform/main/string/TemplateStops_p.h"
 #include "korsys/main/error/KorErrorsError.h"
 #include "korsys/main/error/ThrowError.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 
 namespace TFormatDetail {
@@ -22,83 +24,6 @@ bool IsDigit(char16_t c)
     return c >= u'0' && c <= u'9';
 }
 
-/// Goes through the units of a template at which its reader has to look: percent signs and, where
-/// they end the text, zeros.
-class Stops
-{
-public:
-    Stops(char16_t const* begin, char16_t const* end, Zero zero)
-        : m_block(begin), m_end(end), m_percent(Repeated(u'%')),
-          m_otherStop(Repeated(zero == Zero::EndsText ? u'\0' : u'%')), m_bits(FindInWord())
-    {}
-
-    /// The next stop, the end when there is none.
-    char16_t const* Next()
-    {
-        while (m_bits == 0) {
-            if (m_end - m_block <= kWord) {
-                return m_end;
-            }
-            m_block += kWord;
-            m_bits = FindInWord();
-        }
-        char16_t const* const stop = m_block + __builtin_ctzll(m_bits);
-        m_bits &= m_bits - 1;
-        return stop;
-    }
-
-private:
-    // Vector types of the compiler: every machine compares eight units in its own way.
-    static constexpr int kWord = 64;
-    static constexpr int kVector = 8;
-    using Vector [[gnu::vector_size(16)]] = std::uint16_t;
-    using Halves [[gnu::vector_size(16)]] = std::uint64_t;
-
-    static Vector Repeated(std::uint16_t unit) { return Vector{} + unit; }
-
-    /// One bit for each of the 64 units from m_block on, the first unit's lowest.
-    std::uint64_t FindInWord() const
-    {
-        int const n = static_cast<int>(std::min<std::ptrdiff_t>(m_end - m_block, kWord));
-        if (n < kVector) {
-            return FindInFew(n);
-        }
-        std::uint64_t bits = 0;
-        for (int i = 0; i < n; i += kVector) {
-            int const at = std::min(i, n - kVector); // the last one may overlap
-            bits |= FindInVector(m_block + at) << at;
-        }
-        return bits;
-    }
-
-    std::uint64_t FindInFew(int n) const
-    {
-        std::uint64_t bits = 0;
-        for (int i = 0; i < n; ++i) {
-            bool const isStop = m_block[i] == m_percent[0] || m_block[i] == m_otherStop[0];
-            bits |= std::uint64_t(isStop) << i;
-        }
-        return bits;
-    }
-
-    std::uint64_t FindInVector(char16_t const* units) const
-    {
-        constexpr Vector kLaneBits = {1, 2, 4, 8, 16, 32, 64, 128};
-        Vector vector;
-        std::memcpy(&vector, units, sizeof(vector));
-        auto const stops =
-            reinterpret_cast<Vector>((vector == m_percent) | (vector == m_otherStop)) & kLaneBits;
-        auto const halves = reinterpret_cast<Halves>(stops);
-        return (halves[0] | halves[1]) * 0x0001000100010001 >> 48; // the sum of the four lanes
-    }
-
-    char16_t const* m_block;
-    char16_t const* m_end;
-    Vector m_percent;
-    Vector m_otherStop;
-    std::uint64_t m_bits; ///< The stops of the block that are still to come.
-};
-
 /// Reads the markers of a template and checks them on the way.
 class MarkerReader
 {
@@ -109,19 +34,29 @@ public:
 
     Layout ReadAll(TFormatString::Marker* markers) const
     {
+        char16_t const otherStop = m_zero == Zero::EndsText ? u'\0' : u'%';
         int count = 0;
         int maxMarker = 0;
         char16_t const* next = m_begin; // what is before it has been read
-        Stops stops(m_begin, m_end, m_zero);
-        char16_t const* stop = stops.Next();
-        for (; !IsEnd(stop); stop = stops.Next()) {
-            if (stop >= next) {
-                TFormatString::Marker& marker = markers[count++];
-                next = Read(stop, marker);
-                maxMarker = std::max(maxMarker, marker.number);
+        std::ptrdiff_t length = m_end - m_begin;
+        for (std::ptrdiff_t at = 0; at < length; at += TemplateStops::kMaxUnits) {
+            auto const n =
+                static_cast<int>(std::min<std::ptrdiff_t>(length - at, TemplateStops::kMaxUnits));
+            std::uint64_t bits = TemplateStops::Find(m_begin + at, n, otherStop);
+            for (; bits != 0; bits &= bits - 1) {
+                char16_t const* const stop = m_begin + at + __builtin_ctzll(bits);
+                if (*stop == 0) { // a stop only where it ends the text
+                    length = stop - m_begin;
+                    break;
+                }
+                if (stop >= next) {
+                    TFormatString::Marker& marker = markers[count++];
+                    next = Read(stop, marker);
+                    maxMarker = std::max(maxMarker, marker.number);
+                }
             }
         }
-        return {{m_begin, static_cast<std::size_t>(stop - m_begin)}, markers, count, maxMarker};
+        return {{m_begin, static_cast<std::size_t>(length)}, markers, count, maxMarker};
     }
 
 private:
@@ -132,6 +67,22 @@ private:
 
     /// Returns the end of the marker.
     char16_t const* Read(char16_t const* percent, TFormatString::Marker& marker) const
+    {
+        char16_t const* const at = percent + 1;
+        bool const isOneDigit =
+            at != m_end && *at != u'0' && IsDigit(*at) && (at + 1 == m_end || !IsDigit(at[1]));
+        if (!isOneDigit) {
+            return ReadRare(percent, marker);
+        }
+        marker.position = static_cast<int>(percent - m_begin);
+        marker.length = 2;
+        marker.number = *at - u'0';
+        return at + 1;
+    }
+
+    /// The same for any marker.
+    [[gnu::noinline]] char16_t const* ReadRare(char16_t const* percent,
+                                               TFormatString::Marker& marker) const
     {
         char16_t const* at = percent + 1;
         if (IsEnd(at)) {

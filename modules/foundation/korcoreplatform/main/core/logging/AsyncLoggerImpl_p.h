@@ -42,6 +42,8 @@ public:
     /// Any thread. A record that nobody shares is its own item; else the item shares it.
     void PushRecord(AccessLevel accessLevel, Severity severity, Event&& event);
 
+    void const* Contended() const noexcept { return m_queue.Contended(); }
+
     /// Any thread: tells the writer to stop when it has handled what is there, and waits for that.
     /// Returns whether it happened in so many milliseconds. The writer itself does not wait: it
     /// deletes this object when it has stopped.

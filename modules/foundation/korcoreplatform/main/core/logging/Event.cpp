@@ -2,6 +2,7 @@
 
 #include "korcoreplatform/main/core/logging/Event_p.h"
 #include "korcoreplatform/main/core/logging/LoggingStackWalker.h"
+#include "korcoreplatform/main/core/logging/PlainUnits_p.h"
 #include "korcoreplatform/main/core/logging/RecordMemory_p.h"
 #include "korcoreplatform/main/core/logging/TimeText_p.h"
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
@@ -12,7 +13,9 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstring>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace TLog {
@@ -61,9 +64,10 @@ bool HasFactory()
 constexpr int kMaxShortUnits =
     static_cast<int>((RecordMemory::kLargeBytes - sizeof(EventAccess::Record)) / sizeof(char16_t));
 
-TString MessageKey()
+TString const& MessageKey()
 {
-    return TString(u"msg", 3);
+    static TString const& s_key = *new TString(u"msg", 3);
+    return s_key;
 }
 
 } // namespace
@@ -120,46 +124,97 @@ ActivityInfo ActivityInfoFactory::CreateActivityInfo(EventTime time, TString con
                         placeholder);
 }
 
+/// When and where a record is made.
+struct Event::Record::Origin
+{
+    EventTimestamp time;
+    std::uint32_t process;
+    std::uint64_t thread;
+    AttributeSet::Pointer attributes;
+};
+
+Event::Record::Record(RecordTail what, std::size_t length, Origin&& origin) noexcept
+    : LogItem(LogItemKind::Log), processId(origin.process), timestamp(origin.time),
+      threadId(origin.thread), attributes(std::move(origin.attributes))
+{
+    tail = what;
+    tailLength = static_cast<std::uint16_t>(length);
+}
+
+Event::Record::~Record()
+{
+    if (tail == RecordTail::Rest) {
+        rest->~Rest();
+    } else {
+        delete rest;
+    }
+}
+
+std::size_t Event::Record::Bytes() const noexcept
+{
+    std::size_t const unit = tail == RecordTail::PlainText ? sizeof(char) : sizeof(char16_t);
+    return sizeof(Record) + (tail == RecordTail::Rest ? sizeof(Rest) : tailLength * unit);
+}
+
 void Event::Record::Delete::operator()(Record* record) const noexcept
 {
-    std::size_t const bytes = record->bytes;
+    std::size_t const bytes = record->Bytes();
     record->~Record();
     RecordMemory::Free(record, bytes);
 }
 
-Event::Record::Pointer Event::Record::Allocate(TString&& key, EventTimestamp time,
-                                               std::uint32_t process, std::uint64_t thread,
-                                               AttributeSet::Pointer&& activityTexts, int textUnits)
+Event::Record::Pointer Event::Record::Allocate(ShortMessage message, Origin&& origin)
 {
-    std::size_t const bytes =
-        sizeof(Record) + static_cast<std::size_t>(textUnits) * sizeof(char16_t);
-    return Pointer(new (RecordMemory::Allocate(bytes)) Record(std::move(key), time, process, thread,
-                                                              std::move(activityTexts), bytes));
+    static_assert(sizeof(Record) + 56 <= RecordMemory::kSmallBytes, "two cache lines for most");
+    auto const length = static_cast<std::size_t>(message.length);
+    RecordTail tail = RecordTail::PlainText;
+    void* block = RecordMemory::Allocate(sizeof(Record) + length);
+    char* const text = static_cast<char*>(block) + sizeof(Record);
+    if (CopyPlainUnits(message.units, length, text) != length) {
+        RecordMemory::Free(block, sizeof(Record) + length);
+        tail = RecordTail::Text;
+        block = RecordMemory::Allocate(sizeof(Record) + length * sizeof(char16_t));
+        std::memcpy(static_cast<char*>(block) + sizeof(Record), message.units,
+                    length * sizeof(char16_t));
+    }
+    return Pointer(new (block) Record(tail, length, std::move(origin)));
 }
 
-Event::Record::Pointer Event::Record::Make(TString&& key, int textUnits)
+Event::Record::Pointer Event::Record::Allocate(TString&& key, Origin&& origin)
+{
+    static_assert(sizeof(Record) + sizeof(Rest) <= RecordMemory::kMediumBytes &&
+                  std::is_nothrow_default_constructible_v<Rest>);
+    void* const block = RecordMemory::Allocate(sizeof(Record) + sizeof(Rest));
+    Pointer record(new (block) Record(RecordTail::Rest, 0, std::move(origin)));
+    record->rest = new (record.get() + 1) Rest;
+    record->rest->key = std::move(key);
+    return record;
+}
+
+template <class Content>
+Event::Record::Pointer Event::Record::Make(Content&& content)
 {
     if (HasFactory()) {
-        return Make(
-            std::move(key),
-            ActivityInfoFactory::CreateActivityInfo(EventTime(), AttributeSet::Placeholder()),
-            textUnits);
+        return Make(std::forward<Content>(content), ActivityInfoFactory::CreateActivityInfo(
+                                                        EventTime(), AttributeSet::Placeholder()));
     }
-    Pointer record = Allocate(std::move(key), EventTimestamp(), TSystemCore::ProcessID(),
-                              TSystemCore::ThreadID(), AttributeSet::OfPlaceholder(), textUnits);
+    Pointer record = Allocate(std::forward<Content>(content),
+                              {EventTimestamp(), TSystemCore::ProcessID(), TSystemCore::ThreadID(),
+                               AttributeSet::OfPlaceholder()});
     record->TakeContext(nullptr);
     return record;
 }
 
-Event::Record::Pointer Event::Record::Make(TString&& key, ActivityInfo const& info, int textUnits)
+template <class Content>
+Event::Record::Pointer Event::Record::Make(Content&& content, ActivityInfo const& info)
 {
     EventTime const time = info.GetTime();
     Pointer record =
-        Allocate(std::move(key), time == EventTime() ? EventTimestamp() : EventTimestamp(time),
-                 info.GetProcessId(), info.GetThreadId(),
-                 AttributeSet::Find(info.GetSession(), info.GetRequest(), info.GetTraceId(),
-                                    info.GetUser(), info.GetSite()),
-                 textUnits);
+        Allocate(std::forward<Content>(content),
+                 {time == EventTime() ? EventTimestamp() : EventTimestamp(time),
+                  info.GetProcessId(), info.GetThreadId(),
+                  AttributeSet::Find(info.GetSession(), info.GetRequest(), info.GetTraceId(),
+                                     info.GetUser(), info.GetSite())});
     if (info.GetLocation() != nullptr || info.GetActivity() != nullptr) {
         record->NeedRest().location = info.GetLocation();
         record->NeedRest().activity = info.GetActivity();
@@ -171,23 +226,32 @@ Event::Record::Pointer Event::Record::Make(TString&& key, ActivityInfo const& in
 Event::Record const& Event::Record::MovedFrom()
 {
     static Record const& s_record =
-        *Allocate(TString(), EventTimestamp(EventTime()), 0, 0, AttributeSet::Empty(), 0).release();
+        *Allocate(TString(), {EventTimestamp(EventTime()), 0, 0, AttributeSet::Empty()}).release();
     return s_record;
+}
+
+TString const& Event::Record::GetKey() const noexcept
+{
+    return tail == RecordTail::Rest ? rest->key : MessageKey();
 }
 
 std::shared_ptr<Value> Event::Record::GetValue() const
 {
-    if (auto const* shared = std::get_if<std::shared_ptr<Value>>(&value)) {
+    if (tail != RecordTail::Rest) {
+        return madeValue.Get([this]() -> std::shared_ptr<Value> {
+            return Literal::String(tail == RecordTail::PlainText
+                                       ? TString(PlainText().data(), static_cast<int>(tailLength))
+                                       : TString(Text().data(), static_cast<int>(tailLength)));
+        });
+    }
+    if (auto const* shared = std::get_if<std::shared_ptr<Value>>(&rest->value)) {
         return *shared;
     }
     return madeValue.Get([this]() -> std::shared_ptr<Value> {
-        if (auto const* text = std::get_if<ShortText>(&value)) {
-            return Literal::String(TString(ShortUnits(), text->length));
-        }
-        if (auto const* text = std::get_if<TString>(&value)) {
+        if (auto const* text = std::get_if<TString>(&rest->value)) {
             return Literal::String(*text);
         }
-        return Object::Make(ToValues(std::get<TextPairs>(value)));
+        return Object::Make(ToValues(std::get<TextPairs>(rest->value)));
     });
 }
 
@@ -212,6 +276,7 @@ namespace {
 // Made while the library loads: in a child of `fork`, nobody finishes what another thread was just
 // making, and whoever needs it waits for ever.
 [[maybe_unused]] auto const& s_noRest = EventAccess::Record::MovedFrom().GetRest();
+[[maybe_unused]] auto const& s_messageKey = MessageKey();
 [[maybe_unused]] auto const& s_placeholder = AttributeSet::OfPlaceholder();
 
 } // namespace
@@ -219,7 +284,7 @@ namespace {
 Event::Record::Rest& Event::Record::NeedRest()
 {
     if (rest == nullptr) {
-        rest = std::make_unique<Rest>();
+        rest = new Rest;
     }
     return *rest;
 }
@@ -258,8 +323,8 @@ Event EventAccess::OfMessage(TString&& text, TError::ErrorInfo* error)
     if (IsShort(text.length())) {
         return OfMessage(text.constData(), text.length(), error);
     }
-    Record::Pointer record = Record::Make(MessageKey());
-    record->value = std::move(text);
+    Record::Pointer record = Record::Make(TString(MessageKey()));
+    record->rest->value = std::move(text);
     return Finish(std::move(record), error);
 }
 
@@ -268,16 +333,13 @@ Event EventAccess::OfMessage(char16_t const* units, int length, TError::ErrorInf
     if (!IsShort(length)) {
         return OfMessage(TString(units, length), error);
     }
-    Record::Pointer record = Record::Make(MessageKey(), length);
-    record->value = ShortText{length};
-    std::copy_n(units, length, record->ShortUnits());
-    return Finish(std::move(record), error);
+    return Finish(Record::Make(Record::ShortMessage{units, length}), error);
 }
 
 Event EventAccess::OfPairs(TString&& key, TextMap const& pairs, TError::ErrorInfo* error)
 {
     Record::Pointer record = Record::Make(std::move(key));
-    record->value = ToPairs(pairs);
+    record->rest->value = ToPairs(pairs);
     return Finish(std::move(record), error);
 }
 
@@ -285,7 +347,7 @@ Event EventAccess::OfValue(TString const& key, std::shared_ptr<Value>&& value,
                            TError::ErrorInfo* error)
 {
     Record::Pointer record = Record::Make(TString(key));
-    record->value = std::move(value);
+    record->rest->value = std::move(value);
     return Finish(std::move(record), error);
 }
 
@@ -302,7 +364,7 @@ EventAccess::Record* EventAccess::TakeUnshared(Event& event) noexcept
 Event::Event(TString const& key, std::shared_ptr<Value> value, ActivityInfo&& activity)
 {
     Record::Pointer record = Record::Make(TString(key), activity);
-    record->value = std::move(value);
+    record->rest->value = std::move(value);
     m_record = record.release();
 }
 
@@ -365,7 +427,7 @@ TextMap const& Event::GetAttributes() const noexcept
 
 TString const& Event::GetKey() const noexcept
 {
-    return EventAccess::RecordOf(*this).key;
+    return EventAccess::RecordOf(*this).GetKey();
 }
 
 std::shared_ptr<Value> Event::GetValue() const

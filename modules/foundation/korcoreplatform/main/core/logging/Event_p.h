@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <variant>
@@ -54,15 +55,9 @@ private:
 
 using TextPairs = std::vector<std::pair<TString, TString>>; ///< In any order, no name twice.
 
-/// A text whose units stand right behind the record.
-struct ShortText
-{
-    int length;
-};
-
 /// The one heap block of a record. Texts and pairs of texts stay what they are: the writer of lines
 /// reads them in place, and values are made of them only for those who ask. The memory goes round,
-/// see `RecordMemory`.
+/// see `RecordMemory`; the fewer cache lines a record takes, the sooner the writer has it.
 ///
 /// Thread safety: immutable once the first `Event` has it, but for its count; while it stands in a
 /// queue, the queue's part of it belongs to the queue.
@@ -74,9 +69,11 @@ struct __attribute__((visibility("hidden"))) Event::Record : LogItem
     };
     using Pointer = std::unique_ptr<Record, Delete>;
 
-    /// What few records have.
+    /// What few messages have and other records have always.
     struct Rest
     {
+        TString key; ///< Of others than short messages.
+        std::variant<std::shared_ptr<Value>, TString, TextPairs> value; ///< The same.
         std::shared_ptr<Value> location;
         std::shared_ptr<Value> activity;
         std::shared_ptr<Value> error;
@@ -84,23 +81,37 @@ struct __attribute__((visibility("hidden"))) Event::Record : LogItem
         MadeOnce<Object> madeContext; ///< Of pairs.
     };
 
-    /// A record without value and error, in the activity of the moment. Behind it is room for
-    /// `textUnits` units.
-    static Pointer Make(TString&& key, int textUnits = 0);
-    static Pointer Make(TString&& key, ActivityInfo const& info, int textUnits = 0);
+    /// A message of up to `kMaxShortUnits` units.
+    struct ShortMessage
+    {
+        char16_t const* units;
+        int length;
+    };
+
+    /// A record without error, in the activity of the moment or in a given one. `Content` is a
+    /// `ShortMessage`, or the key, as a TString, of a record without a value.
+    /// Throws: what the host's activity factory throws.
+    template <class Content>
+    static Pointer Make(Content&& content);
+    template <class Content>
+    static Pointer Make(Content&& content, ActivityInfo const& info);
 
     /// A record for events that were moved from; never destroyed.
     static Record const& MovedFrom();
 
+    TString const& GetKey() const noexcept;
     std::shared_ptr<Value> GetValue() const;
     std::shared_ptr<Object> GetContext() const;
     Rest const& GetRest() const noexcept;
     Rest& NeedRest(); ///< Makes it when it is not there.
 
-    char16_t* ShortUnits() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
-    char16_t const* ShortUnits() const noexcept
+    std::string_view PlainText() const noexcept
     {
-        return reinterpret_cast<char16_t const*>(this + 1);
+        return {reinterpret_cast<char const*>(this + 1), tailLength};
+    }
+    std::u16string_view Text() const noexcept
+    {
+        return {reinterpret_cast<char16_t const*>(this + 1), tailLength};
     }
 
     mutable std::atomic<std::uint32_t> references{1};
@@ -108,22 +119,19 @@ struct __attribute__((visibility("hidden"))) Event::Record : LogItem
     EventTimestamp timestamp;
     std::uint64_t threadId;
     AttributeSet::Pointer attributes; ///< Never null.
-    TString key;
-    std::variant<std::shared_ptr<Value>, ShortText, TString, TextPairs> value;
-    MadeOnce<Value> madeValue;  ///< Of a text or pairs.
-    std::unique_ptr<Rest> rest; ///< Null: nothing of it.
-    std::size_t bytes;          ///< Of the block.
+    Rest* rest = nullptr;             ///< Owned; the tail or elsewhere. Null: nothing of it.
+    MadeOnce<Value> madeValue;        ///< Of a text or pairs.
 
 private:
-    Record(TString&& recordKey, EventTimestamp time, std::uint32_t process, std::uint64_t thread,
-           AttributeSet::Pointer&& activityTexts, std::size_t blockBytes) noexcept
-        : LogItem(LogItemKind::Log), processId(process), timestamp(time), threadId(thread),
-          attributes(std::move(activityTexts)), key(std::move(recordKey)), bytes(blockBytes)
-    {}
+    struct Origin;
 
-    static Pointer Allocate(TString&& key, EventTimestamp time, std::uint32_t process,
-                            std::uint64_t thread, AttributeSet::Pointer&& activityTexts,
-                            int textUnits);
+    Record(RecordTail what, std::size_t length, Origin&& origin) noexcept;
+    ~Record();
+
+    static Pointer Allocate(ShortMessage message, Origin&& origin);
+    static Pointer Allocate(TString&& key, Origin&& origin);
+
+    std::size_t Bytes() const noexcept; ///< Of the block.
 
     /// Takes the logging context of the thread, then the pairs of `extra`, which may be null.
     void TakeContext(std::shared_ptr<Object> const& extra);

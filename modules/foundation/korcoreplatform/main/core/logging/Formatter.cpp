@@ -168,7 +168,7 @@ void Formatter::Writer::WriteLine(LineBuffer& out, AccessLevel accessLevel, Seve
     }
     out.Append(record.attributes->GetJson());
     out.Append(R"("k":)");
-    JsonText::AppendString(out, record.key);
+    JsonText::AppendString(out, record.GetKey());
     if (OptMetrics::IsActivityAndResourceTracingEnabled()) {
         WriteMember(R"(,"l":)", record.GetRest().location.get());
         WriteMember(R"(,"a":)", record.GetRest().activity.get());
@@ -205,17 +205,20 @@ void Formatter::Writer::WriteRecordValue(EventAccess::Record const& record)
     constexpr std::string_view kStart = R"(,"v":)";
     if (AreVisitsOverridden()) {
         WriteMember(kStart, record.GetValue().get());
-    } else if (auto const* shared = std::get_if<std::shared_ptr<Value>>(&record.value)) {
+    } else if (record.tail == RecordTail::PlainText) {
+        m_out->Append(kStart);
+        JsonText::AppendPlain(*m_out, record.PlainText());
+    } else if (record.tail == RecordTail::Text) {
+        m_out->Append(kStart);
+        JsonText::AppendString(*m_out, record.Text().data(), record.tailLength);
+    } else if (auto const* shared = std::get_if<std::shared_ptr<Value>>(&record.rest->value)) {
         WriteMember(kStart, shared->get());
     } else {
         m_out->Append(kStart);
-        if (auto const* brief = std::get_if<ShortText>(&record.value)) {
-            JsonText::AppendString(*m_out, record.ShortUnits(),
-                                   static_cast<std::size_t>(brief->length));
-        } else if (auto const* text = std::get_if<TString>(&record.value)) {
+        if (auto const* text = std::get_if<TString>(&record.rest->value)) {
             JsonText::AppendString(*m_out, *text);
         } else {
-            WritePairs(std::get<TextPairs>(record.value));
+            WritePairs(std::get<TextPairs>(record.rest->value));
         }
     }
 }

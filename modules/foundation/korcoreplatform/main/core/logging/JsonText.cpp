@@ -15,6 +15,7 @@ namespace TLog::JsonText {
 namespace {
 
 constexpr std::size_t kEscapeBytes = 6;
+constexpr std::size_t kEscapeScratchBytes = 2; ///< What is overwritten behind an escape.
 constexpr std::size_t kPieceUnits = 512; ///< Room is asked for piece by piece, for the worst case.
 constexpr std::size_t kNumberBytes = 32;
 
@@ -41,7 +42,6 @@ constexpr char ShortEscape(char16_t unit)
 }
 
 /// Writes a backslash, "u" and four lower-case hexadecimal digits, which are worked out at once.
-/// Two bytes behind them are overwritten.
 char* WriteHexEscape(char* to, char16_t unit)
 {
     static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the first byte is the lowest");
@@ -84,7 +84,7 @@ char16_t const* EscapePiece(char16_t const* from, char16_t const* end, char*& to
 /// For escapes and both quotes.
 constexpr std::size_t RoomFor(std::ptrdiff_t units)
 {
-    return static_cast<std::size_t>(units) * kEscapeBytes + 2 + kPlainScratchBytes;
+    return static_cast<std::size_t>(units) * kEscapeBytes + 2 + kEscapeScratchBytes;
 }
 
 } // namespace
@@ -102,6 +102,15 @@ void AppendString(LineBuffer& out, char16_t const* units, std::size_t n)
         to = out.Reserve(RoomFor(pieceEnd - units));
         units = EscapePiece(units, pieceEnd, to);
     }
+    *to++ = '"';
+    out.Commit(to);
+}
+
+void AppendPlain(LineBuffer& out, std::string_view bytes)
+{
+    char* to = out.Reserve(bytes.size() + 2);
+    *to++ = '"';
+    to = std::copy(bytes.begin(), bytes.end(), to);
     *to++ = '"';
     out.Commit(to);
 }

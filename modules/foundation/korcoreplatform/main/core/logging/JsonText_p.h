@@ -25,6 +25,9 @@ inline void AppendString(LineBuffer& out, TString const& text)
     AppendString(out, text.constData(), static_cast<std::size_t>(text.length()));
 }
 
+/// Quoted. Of plain bytes, see `IsPlainUnit`, as they are.
+void AppendPlain(LineBuffer& out, std::string_view bytes);
+
 void AppendInt(LineBuffer& out, long long value);
 void AppendDouble(LineBuffer& out, double value); ///< Six significant digits; null if not finite.
 

@@ -59,6 +59,7 @@ void LogMessageDetail::Log(LogDetail::LogDetailEnums category, TLog::Severity se
     if (!Accepts(*logger, category, severity)) {
         return;
     }
+    logger.PrepareToLog();
     TLog::Event event = pairs == nullptr
                             ? message.TakeAsEvent(error)
                             : TLog::EventAccess::OfPairs(message.Take(), *pairs, error);

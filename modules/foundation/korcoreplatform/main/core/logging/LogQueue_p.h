@@ -46,6 +46,9 @@ public:
         Push(item);
     }
 
+    /// What `Push` writes first, and the other threads that append write as well.
+    void const* Contended() const noexcept { return &m_last; }
+
     /// The consumer. Null when the queue is empty, or when the producer of the next item has not
     /// linked it yet; `IsEmpty` tells which.
     LogQueueLink* Pop() noexcept
@@ -89,7 +92,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kPrefetchedLines = 4; ///< A record with a short text.
+    static constexpr std::size_t kPrefetchedLines = 2; ///< A record with a short text.
 
     // What producers write stays away from what the consumer writes.
     alignas(CacheLines::kBytes) std::atomic<LogQueueLink*> m_last;

@@ -92,12 +92,19 @@ protected:
     void DecideByMinimalSeverity(std::type_info const& exactClass) noexcept;
 
 private:
+    friend class AsyncLogger;
+    friend class LoggerUse;
+
     std::uint8_t LowestAccepted() const noexcept;
     void PublishLowestAccepted() const noexcept;
 
     std::atomic<Severity> m_minimal; ///< Read and written relaxed: it orders nothing else.
     std::type_info const* m_decidingClass = nullptr;
     std::unique_ptr<LogConfig> m_config; ///< Never null.
+
+    // What `Log` writes first and other threads write as well: log calls have it fetched while they
+    // make their record. May be null.
+    void const* m_contended = nullptr;
 };
 
 /// Wants nothing and does nothing.

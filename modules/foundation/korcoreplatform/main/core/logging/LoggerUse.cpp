@@ -1,7 +1,6 @@
 #include "korcoreplatform/main/core/logging/LoggerUse_p.h"
 
-#include "korcoreplatform/main/core/logging/CacheLines_p.h"
-#include "korcoreplatform/main/core/logging/Logger.h"
+#include "korcoreplatform/main/core/logging/ThreadsBarrier_p.h"
 
 #include <chrono>
 #include <new>
@@ -24,6 +23,14 @@ struct alignas(CacheLines::kBytes) Mark
 };
 
 std::atomic<Logger*> s_logger{nullptr};
+
+/// Whether log calls leave the barrier to `WaitForOthers`. Those before it is known do not.
+std::atomic<bool> s_hasThreadsBarrier{false};
+
+[[maybe_unused]] bool const s_isArranged = [] {
+    s_hasThreadsBarrier.store(ThreadsBarrier::Arrange(), std::memory_order_relaxed);
+    return true;
+}();
 
 // Most processes need no more marks than these, so that a refused record costs no allocation.
 constexpr int kFirstMarks = 64;
@@ -124,10 +131,16 @@ Mark& OwnMark() noexcept
 } // namespace
 
 // Either this thread sees the new logger, or the one that sets it sees the mark: both write first
-// and read then, in the one order of sequentially consistent operations.
+// and read then. The barrier in between is issued for both by the one that sets the logger, or else
+// it is that of sequentially consistent operations.
 LoggerUse::LoggerUse() noexcept : m_uses(OwnMark().uses)
 {
-    m_uses.fetch_add(1, std::memory_order_seq_cst);
+    if (s_hasThreadsBarrier.load(std::memory_order_relaxed) && &m_uses != &s_shared.uses) {
+        m_uses.store(m_uses.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+        std::atomic_signal_fence(std::memory_order_seq_cst); // for the compiler
+    } else {
+        m_uses.fetch_add(1, std::memory_order_seq_cst);
+    }
     m_logger = s_logger.load(std::memory_order_seq_cst);
     if (m_logger == nullptr) { // this is a static constructor that runs before those of the library
         m_logger = Logger::Get()->get();
@@ -150,6 +163,9 @@ void LoggerUses::SetLogger(Logger& logger) noexcept
 
 void LoggerUses::WaitForOthers() noexcept
 {
+    if (s_hasThreadsBarrier.load(std::memory_order_relaxed)) {
+        ThreadsBarrier::Issue();
+    }
     auto const deadline = std::chrono::steady_clock::now() + kLongestWait;
     auto const isInUse = [](Mark const& mark) {
         return &mark != t_mark && mark.uses.load(std::memory_order_seq_cst) != 0;

@@ -2,13 +2,12 @@
 
 #pragma once
 
-#include "korcoreplatform/main/KorCorePlatformExport.h"
+#include "korcoreplatform/main/core/logging/CacheLines_p.h"
+#include "korcoreplatform/main/core/logging/Logger.h"
 
 #include <atomic>
 
 namespace TLog {
-
-class Logger;
 
 /// Holds the logger of the process for the length of a log call: `Logger::Set` and the end of the
 /// process wait for it before they destroy the logger. Calls may be nested. It costs two stores
@@ -22,6 +21,10 @@ public:
     LoggerUse(LoggerUse const&) = delete;
     LoggerUse& operator=(LoggerUse const&) = delete;
     ~LoggerUse();
+
+    /// To be called when a record is going to be made: has the processor fetch what `Log` is going
+    /// to write and another thread wrote last.
+    void PrepareToLog() const noexcept { CacheLines::PrefetchForWriting(m_logger->m_contended, 1); }
 
     Logger* operator->() const noexcept { return m_logger; }
     Logger& operator*() const noexcept { return *m_logger; }

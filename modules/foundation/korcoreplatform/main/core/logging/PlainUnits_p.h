@@ -12,11 +12,8 @@ constexpr bool IsPlainUnit(char16_t unit)
     return unit >= u' ' && unit <= u'~' && unit != u'"' && unit != u'\\';
 }
 
-/// How many bytes past the plain ones `CopyPlainUnits` may overwrite.
-constexpr std::size_t kPlainScratchBytes = 16;
-
-/// Writes the plain units that `from` starts with as bytes and returns how many there are.
-/// Requires: room for n + kPlainScratchBytes at `to`.
+/// Writes the plain units that `from` starts with as bytes and returns how many there are. The
+/// bytes behind those, up to `n` in all, may hold anything then.
 std::size_t CopyPlainUnits(char16_t const* from, std::size_t n, char* to) noexcept;
 
 } // namespace TLog

@@ -13,18 +13,20 @@
 namespace TLog {
 namespace {
 
-constexpr int kSizes = 2;
+constexpr int kSizes = 3;
 constexpr int kNoSize = -1; ///< Of blocks that the general allocator serves.
-constexpr std::size_t kBytes[kSizes] = {RecordMemory::kSmallBytes, RecordMemory::kLargeBytes};
+constexpr std::size_t kBytes[kSizes] = {RecordMemory::kSmallBytes, RecordMemory::kMediumBytes,
+                                        RecordMemory::kLargeBytes};
 
 constexpr std::size_t kChunkBytes = 256 << 10; ///< Mapped at a time, and aligned to that.
 constexpr int kBatchBlocks = 64;               ///< What threads and the pool hand to each other.
 constexpr std::size_t kKeptBytes = 4 << 20;    ///< What `Trim` leaves of a size.
-constexpr std::size_t kPrefetchedLines = 4;    ///< Of a block: a record and the head of its text.
+constexpr std::size_t kSmallLines = RecordMemory::kSmallBytes / CacheLines::kBytes;
+constexpr std::size_t kPrefetchedLines = 4; ///< Of a block: a record and the head of its text.
 
 int SizeOf(std::size_t bytes)
 {
-    return bytes <= kBytes[0] ? 0 : bytes <= kBytes[1] ? 1 : kNoSize;
+    return bytes <= kBytes[0] ? 0 : bytes <= kBytes[1] ? 1 : bytes <= kBytes[2] ? 2 : kNoSize;
 }
 
 /// A free block. The blocks of a batch are linked by `next`; the first one of a batch in the pool
@@ -283,7 +285,8 @@ Block* TakeBlock(Cache& cache, int size)
     }
     --cache.partCount;
     Block* const block = std::exchange(cache.part, cache.part->next);
-    CacheLines::PrefetchForWriting(cache.part, kPrefetchedLines); // the next record is written here
+    // The next record is written here.
+    CacheLines::PrefetchForWriting(cache.part, size == 0 ? kSmallLines : kPrefetchedLines);
     return block;
 }
 

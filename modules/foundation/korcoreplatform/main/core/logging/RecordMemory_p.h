@@ -17,7 +17,8 @@ class RecordMemory
 public:
     RecordMemory() = delete;
 
-    static constexpr std::size_t kSmallBytes = 256;
+    static constexpr std::size_t kSmallBytes = 128;
+    static constexpr std::size_t kMediumBytes = 256;
     static constexpr std::size_t kLargeBytes = 512;
 
     /// A block of at least `bytes`, aligned for any type.

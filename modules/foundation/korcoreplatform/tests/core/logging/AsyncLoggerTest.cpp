@@ -191,7 +191,7 @@ long ResidentBytes()
 
 TEST(AsyncLoggerTest, ABurstMayWaitAndItsMemoryGoesBackInTheSilenceAfterIt)
 {
-    constexpr unsigned kRecords = 200000; // some 50 MB
+    constexpr unsigned kRecords = 200000; // some 25 MB
     auto const gate = std::make_shared<Gate>();
     AsyncLogger& logger = SetLogger(gate);
     for (unsigned i = 0; i != kRecords; ++i) {
@@ -207,7 +207,7 @@ TEST(AsyncLoggerTest, ABurstMayWaitAndItsMemoryGoesBackInTheSilenceAfterIt)
     gate->flushed.Reset();
     EXPECT_TRUE(gate->flushed.Wait(kLongMs));  // by the writer itself
     EXPECT_TRUE(logger.FlushAndWait(kLongMs)); // behind what it does then
-    EXPECT_LT(ResidentBytes(), before == 0 ? 1 : before - 30'000'000);
+    EXPECT_LT(ResidentBytes(), before == 0 ? 1 : before - 15'000'000);
     EXPECT_GE(logger.GetCounters().queueHighWater, kRecords - 100);
     TLog::Logger::Set(nullptr);
 }

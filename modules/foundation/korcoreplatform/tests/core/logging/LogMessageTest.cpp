@@ -85,6 +85,25 @@ Network Error TEXT={"host":"example"} with error
     }
 }
 
+TEST(LogMessageTest, AMessageOfAnyLengthAndKindComesThrough)
+{
+    for (int length = 0; length < 520; ++length) { // in bytes or units, in each size of a block
+        TString const plain(u'x', length);
+        for (TString const& text : {plain, plain + u"\"", plain + u"\u044F", u"\u0178" + plain}) {
+            LogRecording const log;
+            LogMessage(text);
+            ASSERT_EQ(log.Records().size(), 1u);
+            Event const& event = log.Records()[0].event;
+            std::string line;
+            TLog::Formatter().AppendLine(line, AccessLevel::Standard, Severity::Info, event);
+            std::string const value = R"("k":"msg","v":)" + Formatter().String(text).toStdString();
+            ASSERT_NE(line.find(value + "}\n"), std::string::npos) << line;
+            ASSERT_EQ(Formatter()(*event.GetValue()), Formatter().String(text));
+            ASSERT_EQ(static_cast<Literal const&>(*event.GetValue()).GetString(), text);
+        }
+    }
+}
+
 TEST(LogMessageTest, CallsAsHostsWriteThemResolve)
 {
     LogRecording const log;
