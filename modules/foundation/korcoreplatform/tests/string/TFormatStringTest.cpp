@@ -73,6 +73,23 @@ TEST(TFormatStringTest, TemplatesFormatOrFailAtOnce)
     }
 }
 
+TEST(TFormatStringTest, AMarkerIsFoundWhereverItStands)
+{
+    for (int length = 0; length < 140; ++length) {
+        for (int at = 0; at <= length; ++at) {
+            TString const before(u'x', at);
+            TString const behind(u'x', length - at);
+            for (char16_t const* const marker : {u"%1", u"%%", u"%12"}) {
+                TString const formatString = before + marker + behind;
+                TString const replacement = marker == TString(u"%%") ? u"%" : u"text";
+                std::vector<TString> const parameters(12, replacement);
+                ASSERT_EQ(TFormatString(formatString).arg(parameters).result(),
+                          before + replacement + behind);
+            }
+        }
+    }
+}
+
 TEST(TFormatStringTest, MissingParametersAreToldAndLeaveTheObjectUsable)
 {
     TString const message(u"Insufficient parameters to format string (have 2, need 3: format "

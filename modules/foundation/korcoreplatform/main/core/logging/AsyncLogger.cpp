@@ -23,7 +23,7 @@ AsyncLogger::AsyncLogger(Severity minimal, TPath const& logConfigPath)
     : Logger(minimal, logConfigPath), m_impl(std::make_unique<Impl>())
 {
     DecideByMinimalSeverity(typeid(AsyncLogger));
-    m_contended = m_impl->Contended();
+    SetContendedMemory(m_impl->Contended());
 }
 
 AsyncLogger::~AsyncLogger()

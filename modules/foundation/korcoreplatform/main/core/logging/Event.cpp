@@ -64,6 +64,8 @@ bool HasFactory()
 constexpr int kMaxShortUnits =
     static_cast<int>((RecordMemory::kLargeBytes - sizeof(EventAccess::Record)) / sizeof(char16_t));
 
+static_assert(kMaxShortUnits < 1 << 14, "the bits of LogItem::tailLength");
+
 TString const& MessageKey()
 {
     static TString const& s_key = *new TString(u"msg", 3);
@@ -143,10 +145,11 @@ Event::Record::Record(RecordTail what, std::size_t length, Origin&& origin) noex
 
 Event::Record::~Record()
 {
-    if (tail == RecordTail::Rest) {
+    if (rest != nullptr) {
         rest->~Rest();
-    } else {
-        delete rest;
+        if (tail != RecordTail::Rest) {
+            RecordMemory::Free(rest, sizeof(Rest));
+        }
     }
 }
 
@@ -167,15 +170,18 @@ Event::Record::Pointer Event::Record::Allocate(ShortMessage message, Origin&& or
 {
     static_assert(sizeof(Record) + 56 <= RecordMemory::kSmallBytes, "two cache lines for most");
     auto const length = static_cast<std::size_t>(message.length);
+    std::size_t const plainBytes = sizeof(Record) + length;
+    std::size_t const bytes = sizeof(Record) + length * sizeof(char16_t);
+    auto const textOf = [](void* block) { return static_cast<char*>(block) + sizeof(Record); };
     RecordTail tail = RecordTail::PlainText;
-    void* block = RecordMemory::Allocate(sizeof(Record) + length);
-    char* const text = static_cast<char*>(block) + sizeof(Record);
-    if (CopyPlainUnits(message.units, length, text) != length) {
-        RecordMemory::Free(block, sizeof(Record) + length);
+    void* block = RecordMemory::Allocate(plainBytes);
+    if (CopyPlainUnits(message.units, length, textOf(block)) != length) {
+        if (!RecordMemory::AreOfOneSize(plainBytes, bytes)) {
+            RecordMemory::Free(block, plainBytes);
+            block = RecordMemory::Allocate(bytes);
+        }
         tail = RecordTail::Text;
-        block = RecordMemory::Allocate(sizeof(Record) + length * sizeof(char16_t));
-        std::memcpy(static_cast<char*>(block) + sizeof(Record), message.units,
-                    length * sizeof(char16_t));
+        std::memcpy(textOf(block), message.units, length * sizeof(char16_t));
     }
     return Pointer(new (block) Record(tail, length, std::move(origin)));
 }
@@ -183,6 +189,7 @@ Event::Record::Pointer Event::Record::Allocate(ShortMessage message, Origin&& or
 Event::Record::Pointer Event::Record::Allocate(TString&& key, Origin&& origin)
 {
     static_assert(sizeof(Record) + sizeof(Rest) <= RecordMemory::kMediumBytes &&
+                  alignof(Rest) <= alignof(Record) &&
                   std::is_nothrow_default_constructible_v<Rest>);
     void* const block = RecordMemory::Allocate(sizeof(Record) + sizeof(Rest));
     Pointer record(new (block) Record(RecordTail::Rest, 0, std::move(origin)));
@@ -265,17 +272,23 @@ std::shared_ptr<Object> Event::Record::GetContext() const
         [&all] { return Object::Make(ToValues(std::get<TextPairs>(all.context))); });
 }
 
-Event::Record::Rest const& Event::Record::GetRest() const noexcept
+Event::Record::Rest const& Event::Record::NoRest() noexcept
 {
     static Rest const& s_none = *new Rest;
-    return rest != nullptr ? *rest : s_none;
+    return s_none;
+}
+
+Event::Record::Rest const& Event::Record::GetRest() const noexcept
+{
+    return rest != nullptr ? *rest : NoRest();
 }
 
 namespace {
 
 // Made while the library loads: in a child of `fork`, nobody finishes what another thread was just
 // making, and whoever needs it waits for ever.
-[[maybe_unused]] auto const& s_noRest = EventAccess::Record::MovedFrom().GetRest();
+[[maybe_unused]] auto const& s_noRest = EventAccess::Record::NoRest();
+[[maybe_unused]] auto const& s_movedFrom = EventAccess::Record::MovedFrom();
 [[maybe_unused]] auto const& s_messageKey = MessageKey();
 [[maybe_unused]] auto const& s_placeholder = AttributeSet::OfPlaceholder();
 
@@ -284,7 +297,7 @@ namespace {
 Event::Record::Rest& Event::Record::NeedRest()
 {
     if (rest == nullptr) {
-        rest = new Rest;
+        rest = new (RecordMemory::Allocate(sizeof(Rest))) Rest;
     }
     return *rest;
 }

@@ -55,7 +55,7 @@ private:
 
 using TextPairs = std::vector<std::pair<TString, TString>>; ///< In any order, no name twice.
 
-/// The one heap block of a record. Texts and pairs of texts stay what they are: the writer of lines
+/// The heap block of a record. Texts and pairs of texts stay what they are: the writer of lines
 /// reads them in place, and values are made of them only for those who ask. The memory goes round,
 /// see `RecordMemory`; the fewer cache lines a record takes, the sooner the writer has it.
 ///
@@ -69,7 +69,8 @@ struct __attribute__((visibility("hidden"))) Event::Record : LogItem
     };
     using Pointer = std::unique_ptr<Record, Delete>;
 
-    /// What few messages have and other records have always.
+    /// Of all records but short messages; of those only with a context, an error, a location or an
+    /// activity.
     struct Rest
     {
         TString key; ///< Of others than short messages.
@@ -102,6 +103,7 @@ struct __attribute__((visibility("hidden"))) Event::Record : LogItem
     TString const& GetKey() const noexcept;
     std::shared_ptr<Value> GetValue() const;
     std::shared_ptr<Object> GetContext() const;
+    static Rest const& NoRest() noexcept; ///< An empty one.
     Rest const& GetRest() const noexcept;
     Rest& NeedRest(); ///< Makes it when it is not there.
 

@@ -15,7 +15,7 @@ namespace TLog::JsonText {
 namespace {
 
 constexpr std::size_t kEscapeBytes = 6;
-constexpr std::size_t kEscapeScratchBytes = 2; ///< What is overwritten behind an escape.
+constexpr std::size_t kEscapeScratchBytes = 2; ///< What `WriteHexEscape` overwrites behind it.
 constexpr std::size_t kPieceUnits = 512; ///< Room is asked for piece by piece, for the worst case.
 constexpr std::size_t kNumberBytes = 32;
 

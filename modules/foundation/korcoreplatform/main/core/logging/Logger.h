@@ -91,8 +91,11 @@ protected:
     /// ask. It does not hold for classes derived from that one.
     void DecideByMinimalSeverity(std::type_info const& exactClass) noexcept;
 
+    /// To be called by the constructor of a class whose `Log` writes first what other threads write
+    /// as well: the cache line at `memory` is then fetched while a record is made.
+    void SetContendedMemory(void const* memory) noexcept { m_contended = memory; }
+
 private:
-    friend class AsyncLogger;
     friend class LoggerUse;
 
     std::uint8_t LowestAccepted() const noexcept;
@@ -101,10 +104,7 @@ private:
     std::atomic<Severity> m_minimal; ///< Read and written relaxed: it orders nothing else.
     std::type_info const* m_decidingClass = nullptr;
     std::unique_ptr<LogConfig> m_config; ///< Never null.
-
-    // What `Log` writes first and other threads write as well: log calls have it fetched while they
-    // make their record. May be null.
-    void const* m_contended = nullptr;
+    void const* m_contended = nullptr;   ///< May be null.
 };
 
 /// Wants nothing and does nothing.

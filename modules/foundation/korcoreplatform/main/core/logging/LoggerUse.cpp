@@ -24,11 +24,11 @@ struct alignas(CacheLines::kBytes) Mark
 
 std::atomic<Logger*> s_logger{nullptr};
 
-/// Whether log calls leave the barrier to `WaitForOthers`. Those before it is known do not.
+/// Whether log calls leave the barrier to `WaitForOthers`. Until it is known, they have their own.
 std::atomic<bool> s_hasThreadsBarrier{false};
 
 [[maybe_unused]] bool const s_isArranged = [] {
-    s_hasThreadsBarrier.store(ThreadsBarrier::Arrange(), std::memory_order_relaxed);
+    s_hasThreadsBarrier.store(ThreadsBarrier::Arrange(), std::memory_order_seq_cst);
     return true;
 }();
 
@@ -39,6 +39,7 @@ std::atomic<Mark*> s_moreMarks{nullptr};
 
 /// Of threads that are past their exit, and of those that could not get a mark.
 Mark s_shared;
+[[gnu::tls_model("initial-exec")]] thread_local int t_sharedUses = 0; ///< This thread's of those.
 
 /// Calls `visit` with the marks of threads until it returns true.
 template <class Visit>
@@ -135,7 +136,10 @@ Mark& OwnMark() noexcept
 // it is that of sequentially consistent operations.
 LoggerUse::LoggerUse() noexcept : m_uses(OwnMark().uses)
 {
-    if (s_hasThreadsBarrier.load(std::memory_order_relaxed) && &m_uses != &s_shared.uses) {
+    if (&m_uses == &s_shared.uses) {
+        ++t_sharedUses;
+        m_uses.fetch_add(1, std::memory_order_seq_cst);
+    } else if (s_hasThreadsBarrier.load(std::memory_order_acquire)) {
         m_uses.store(m_uses.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         std::atomic_signal_fence(std::memory_order_seq_cst); // for the compiler
     } else {
@@ -151,6 +155,7 @@ LoggerUse::~LoggerUse()
 {
     if (&m_uses == &s_shared.uses) {
         m_uses.fetch_sub(1, std::memory_order_release);
+        --t_sharedUses;
     } else {
         m_uses.store(m_uses.load(std::memory_order_relaxed) - 1, std::memory_order_release);
     }
@@ -163,21 +168,26 @@ void LoggerUses::SetLogger(Logger& logger) noexcept
 
 void LoggerUses::WaitForOthers() noexcept
 {
-    if (s_hasThreadsBarrier.load(std::memory_order_relaxed)) {
+    // When this is not known yet, log calls that know it come later and see the new logger.
+    if (s_hasThreadsBarrier.load(std::memory_order_seq_cst)) {
         ThreadsBarrier::Issue();
     }
     auto const deadline = std::chrono::steady_clock::now() + kLongestWait;
-    auto const isInUse = [](Mark const& mark) {
-        return &mark != t_mark && mark.uses.load(std::memory_order_seq_cst) != 0;
+    auto const isInUse = [](Mark const& mark, int ownUses) {
+        return mark.uses.load(std::memory_order_seq_cst) != ownUses;
     };
-    auto const wait = [&](Mark const& mark) {
-        while (isInUse(mark) && std::chrono::steady_clock::now() < deadline) {
+    auto const wait = [&](Mark const& mark, int ownUses) {
+        while (isInUse(mark, ownUses) && std::chrono::steady_clock::now() < deadline) {
             std::this_thread::sleep_for(kLook);
         }
-        return false;
     };
-    VisitMarks(wait);
-    wait(s_shared);
+    VisitMarks([&](Mark const& mark) {
+        if (&mark != t_mark) {
+            wait(mark, 0);
+        }
+        return false;
+    });
+    wait(s_shared, t_sharedUses);
 }
 
 void LoggerUses::ForgetOthers() noexcept
@@ -189,7 +199,7 @@ void LoggerUses::ForgetOthers() noexcept
         return false;
     };
     VisitMarks(forget);
-    forget(s_shared);
+    s_shared.uses.store(t_sharedUses, std::memory_order_relaxed);
 }
 
 } // namespace TLog

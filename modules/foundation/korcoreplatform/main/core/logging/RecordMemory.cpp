@@ -360,6 +360,12 @@ void RecordMemory::Free(void* block, std::size_t bytes) noexcept
     }
 }
 
+bool RecordMemory::AreOfOneSize(std::size_t bytes, std::size_t otherBytes) noexcept
+{
+    int const size = SizeOf(bytes);
+    return size != kNoSize && size == SizeOf(otherBytes);
+}
+
 void RecordMemory::Trim() noexcept
 {
     static std::atomic_flag s_isTrimming = ATOMIC_FLAG_INIT; // chunks are counted by one at a time

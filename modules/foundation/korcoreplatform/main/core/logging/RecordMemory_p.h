@@ -28,6 +28,9 @@ public:
     /// Takes back a block that was asked for with the same `bytes`.
     static void Free(void* block, std::size_t bytes) noexcept;
 
+    /// Whether a block that was asked for with one of these may be taken back with the other.
+    static bool AreOfOneSize(std::size_t bytes, std::size_t otherBytes) noexcept;
+
     /// Gives the system back what nobody has used since a burst, all but some 4 MiB a size.
     static void Trim() noexcept;
 };

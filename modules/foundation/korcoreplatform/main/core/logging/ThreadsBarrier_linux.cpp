@@ -23,8 +23,6 @@ bool TLog::ThreadsBarrier::Arrange() noexcept
 
 void TLog::ThreadsBarrier::Issue() noexcept
 {
-    // A process that has forbidden itself the call since then waits longer than any processor
-    // keeps a store to itself.
     if (!Command(MEMBARRIER_CMD_PRIVATE_EXPEDITED) && !Command(MEMBARRIER_CMD_GLOBAL)) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }

@@ -13,7 +13,9 @@ namespace ThreadsBarrier {
 /// thread then needs barriers of its own.
 bool Arrange() noexcept;
 
-/// Returns when every thread of the process has gone through a barrier since the call.
+/// Returns when every thread of the process has gone through a barrier since the call. Where the
+/// process has meanwhile forbidden itself the system call, after a time that is long enough for
+/// any processor to show its stores.
 void Issue() noexcept;
 
 } // namespace ThreadsBarrier

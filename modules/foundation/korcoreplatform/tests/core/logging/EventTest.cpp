@@ -153,6 +153,32 @@ TEST_F(EventTest, AllWhoAskAMessageForItsValueGetOneAndTheSame)
     EXPECT_EQ(TextOf(log.Records().at(1).event.GetValue()), uR"({"a":"1","b":"2"})");
 }
 
+TEST_F(EventTest, WhatARecordHoldsDiesWithIt)
+{
+    auto const context = std::make_shared<Texts>(Texts{{u"a", u"b"}});
+    OwnedSession const session;
+    SessionScope const scope(session.Id());
+    for (int const length : {10, 1000}) { // in the block of the record, and not
+        CoreThreadContextUtils::SetLoggingContext(context);
+        std::vector<std::weak_ptr<TLog::Value>> values;
+        {
+            LogRecording const log;
+            LogMessage(TLog::AnySeverity(TLog::Severity::Error), TString(u'x', length),
+                       SomeError());
+            Event const message = log.Records().at(0).event;
+            Event const pair(u"key", Literal::Int(1), SomeError());
+            values = {message.GetError(), message.GetLoggingContext(), message.GetValue(),
+                      pair.GetError(),    pair.GetLoggingContext(),    pair.GetValue()};
+            for (auto const& value : values) {
+                EXPECT_FALSE(value.expired());
+            }
+        }
+        for (auto const& value : values) {
+            EXPECT_TRUE(value.expired()) << &value - values.data();
+        }
+    }
+}
+
 TEST_F(EventTest, CopiesShareAndAMovedRecordIsEmpty)
 {
     Event event(u"key", Literal::Int(1), SomeError());

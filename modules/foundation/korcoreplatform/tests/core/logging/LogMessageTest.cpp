@@ -89,7 +89,8 @@ TEST(LogMessageTest, AMessageOfAnyLengthAndKindComesThrough)
 {
     for (int length = 0; length < 520; ++length) { // in bytes or units, in each size of a block
         TString const plain(u'x', length);
-        for (TString const& text : {plain, plain + u"\"", plain + u"\u044F", u"\u0178" + plain}) {
+        for (TString const& text : {plain, plain + u"\"", u"\u0178" + plain, plain + u"\xD800",
+                                    plain + TString(u'\0', 1) + u"x"}) {
             LogRecording const log;
             LogMessage(text);
             ASSERT_EQ(log.Records().size(), 1u);
