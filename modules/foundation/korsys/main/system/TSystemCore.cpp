@@ -14,7 +14,7 @@ namespace {
 
 // 0 means not known yet. Relaxed: the number orders nothing else.
 std::atomic<std::uint32_t> s_processID{0};
-thread_local std::uint64_t t_threadID = 0;
+[[gnu::tls_model("initial-exec")]] thread_local std::uint64_t t_threadID = 0;
 
 /// Runs in a new process on the only thread that it has.
 extern "C" void RefreshIDsInChild()
