@@ -2,6 +2,7 @@
 // folder of the log, the others are files, each of which a thread reads in a session of its own.
 
 #include "korcoreplatform/main/core/files/PathFunctions.h"
+#include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/core/logging/AsyncLogger.h"
 #include "korcoreplatform/main/core/logging/LogMessage.h"
 #include "korcoreplatform/main/core/logging/LoggingContext.h"
@@ -11,12 +12,21 @@
 #include "korcoreplatform/main/core/runtime/CoreThreadContext.h"
 #include "korcoreplatform/main/core/runtime/SessionScope.h"
 #include "korcoreplatform/main/core/system/TSettings.h"
+#include "korcoreplatform/main/string/TString.h"
 
+#include <chrono>
+#include <exception>
+#include <iostream>
+#include <memory>
 #include <thread>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace {
 
 TLog::NonErrorSeverity const kInfo(TLog::Severity::Info);
+TLog::NonErrorSeverity const kWarn(TLog::Severity::Warn);
 
 void StartLog(TPath const& folder)
 {
@@ -33,15 +43,19 @@ void StartLog(TPath const& folder)
 
 void Work(TString const& path)
 {
-    OwnedSession const session;
-    SessionScope const scope(session.Id());
-    using Texts = std::unordered_map<TString, TString>;
-    CoreThreadContextUtils::SetLoggingContext(std::make_shared<Texts>(Texts{{u"path", path}}));
     try {
-        TString const text = LoadXMLFile(path, false);
-        LogMessage(kInfo, u"read", {{u"units", TString::number(text.length())}});
+        OwnedSession const session;
+        SessionScope const scope(session.Id());
+        using Texts = std::unordered_map<TString, TString>;
+        CoreThreadContextUtils::SetLoggingContext(std::make_shared<Texts>(Texts{{u"path", path}}));
+        try {
+            TString const text = LoadXMLFile(path, false);
+            LogMessage(kInfo, u"read", {{u"units", TString::number(text.length())}});
+        } catch (...) { // logged with the context
+            TLog::LogCurrentException(kWarn, u"not-read", {});
+        }
     } catch (...) {
-        TLog::LogCurrentException(TLog::NonErrorSeverity(TLog::Severity::Warn), u"not-read", {});
+        TLog::LogCurrentException(kWarn, u"no session", {});
     }
 }
 
@@ -49,17 +63,24 @@ void Work(TString const& path)
 
 int main(int argc, char** argv)
 {
-    TSettings::Configure(u"korcoreplatform", u"host", TString()); // before anything is read
-    SessionScope::InstallHooks();                                 // before there are threads
-    StartLog(argc > 1 ? TPath(TString(argv[1])) : CurrentPath());
-    TLog::QtMessageBridge const bridge;
-    std::vector<std::thread> threads;
-    for (int i = 2; i < argc; ++i) {
-        threads.emplace_back(Work, TString(argv[i]));
+    try {
+        TSettings::Configure(u"korcoreplatform", u"host", TString()); // before anything is read
+        SessionScope::InstallHooks();                                 // before there are threads
+        StartLog(argc > 1 ? TPath(TString(argv[1])) : CurrentPath());
+    } catch (std::exception const& failure) {
+        std::cerr << failure.what() << '\n';
+        return 1;
     }
-    for (std::thread& thread : threads) {
-        thread.join();
+    {
+        TLog::QtMessageBridge const bridge;
+        std::vector<std::thread> threads;
+        for (int i = 2; i < argc; ++i) {
+            threads.emplace_back(Work, TString(argv[i]));
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        LogMessage(kInfo, u"done");
     }
-    LogMessage(kInfo, "done");
     TLog::Logger::Set(nullptr); // waits until what was logged is written
 }

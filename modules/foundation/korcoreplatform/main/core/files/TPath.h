@@ -189,17 +189,6 @@ public:
     bool operator==(TPath const& other) const { return Compare(other) == 0; }
     bool operator!=(TPath const& other) const { return Compare(other) != 0; }
 
-    // A text beside a path is a path as well.
-
-    friend bool operator==(TPath const& a, TString const& b) { return a == TPath(b); }
-    friend bool operator!=(TPath const& a, TString const& b) { return a != TPath(b); }
-    friend bool operator==(TString const& a, TPath const& b) { return TPath(a) == b; }
-    friend bool operator!=(TString const& a, TPath const& b) { return TPath(a) != b; }
-    friend bool operator==(TPath const& a, char16_t const* b) { return a == TPath(b); }
-    friend bool operator!=(TPath const& a, char16_t const* b) { return a != TPath(b); }
-    friend bool operator==(char16_t const* a, TPath const& b) { return TPath(a) == b; }
-    friend bool operator!=(char16_t const* a, TPath const& b) { return TPath(a) != b; }
-
     // Elements: the root name, the root directory, then what stands between separators. Several "/"
     // in a row separate as one does; at the end they separate nothing.
 

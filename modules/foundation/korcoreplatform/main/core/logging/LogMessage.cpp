@@ -27,8 +27,6 @@ TString LogMessageDetail::Message::Take() const
     switch (m_kind) {
     case Units:
         return TString(static_cast<char16_t const*>(m_source));
-    case Narrow:
-        return TString(static_cast<char const*>(m_source));
     case Text:
         return TString(*static_cast<TStringCore const*>(m_source));
     case MovedText:

@@ -50,14 +50,12 @@ public:
     enum Kind : std::uint8_t
     {
         Units,     ///< `char16_t const*` up to its terminating zero; null counts as empty.
-        Narrow,    ///< `char const*`, the same.
         Text,      ///< `TStringCore const*`
         MovedText, ///< `TStringCore*`
         Format     ///< `TFormatString const*`
     };
 
     Message(char16_t const* units) noexcept : m_source(units), m_kind(Units) {}
-    Message(char const* text) noexcept : m_source(text), m_kind(Narrow) {}
     Message(TStringCore const& text) noexcept : m_source(&text), m_kind(Text) {}
     Message(TStringCore&& text) noexcept : m_source(&text), m_kind(MovedText) {}
     Message(TString const& text) noexcept : Message(static_cast<TStringCore const&>(text)) {}
@@ -100,10 +98,10 @@ KORCOREPLATFORM_EXPORT bool LoggerAcceptsSeverity(TLog::Severity severity,
 ///
 /// The arguments are an optional category; the severity, a `NonErrorSeverity` or, for a record with
 /// an error, an `AnySeverity` with the error's record as last argument; the message as
-/// `char16_t const*`, `char const*` (UTF-8), `TString`, `TStringCore` or `TFormatString`; optional
-/// pairs of texts. A record without pairs has the key "msg" and the message as its value; with
-/// pairs, the message is the key and the value an object of the pairs, which are copied even when
-/// they are moved in. The category `Count` means none.
+/// `char16_t const*`, `TString`, `TStringCore` or `TFormatString`; optional pairs of texts. A
+/// record without pairs has the key "msg" and the message as its value; with pairs, the message is
+/// the key and the value an object of the pairs, which are copied even when they are moved in. The
+/// category `Count` means none.
 ///
 /// A record that is refused costs a comparison: its message is not looked at.
 ///
@@ -112,51 +110,51 @@ KORCOREPLATFORM_EXPORT bool LoggerAcceptsSeverity(TLog::Severity severity,
 /// `boost::bad_any_cast` when the session has something else where its logging context should be.
 /// Thread safety: may be called from any thread, but not while the logger is being replaced.
 // NOLINTBEGIN(performance-unnecessary-value-param): severities are passed by value for good.
-#define KOR_LOG_MESSAGE_OVERLOADS(Function, MessageType)                                           \
-    Function LogMessage(MessageType message)                                                       \
+#define KOR_LOG_MESSAGE_OVERLOADS(MessageType)                                                     \
+    inline void LogMessage(MessageType message)                                                    \
     {                                                                                              \
         KOR_LOG_MESSAGE_CALL(MessageType, LogDetail::Count, TLog::Severity::Debug, nullptr,        \
                              nullptr);                                                             \
     }                                                                                              \
-    Function LogMessage(TLog::NonErrorSeverity severity, MessageType message)                      \
+    inline void LogMessage(TLog::NonErrorSeverity severity, MessageType message)                   \
     {                                                                                              \
         KOR_LOG_MESSAGE_CALL(MessageType, LogDetail::Count, severity.Get(), nullptr, nullptr);     \
     }                                                                                              \
-    Function LogMessage(TLog::AnySeverity severity, MessageType message,                           \
-                        TError::ErrorInfo&& error)                                                 \
+    inline void LogMessage(TLog::AnySeverity severity, MessageType message,                        \
+                           TError::ErrorInfo&& error)                                              \
     {                                                                                              \
         KOR_LOG_MESSAGE_CALL(MessageType, LogDetail::Count, severity.Get(), nullptr, &error);      \
     }                                                                                              \
-    Function LogMessage(LogDetail::LogDetailEnums category, TLog::NonErrorSeverity severity,       \
-                        MessageType message)                                                       \
+    inline void LogMessage(LogDetail::LogDetailEnums category, TLog::NonErrorSeverity severity,    \
+                           MessageType message)                                                    \
     {                                                                                              \
         KOR_LOG_MESSAGE_CALL(MessageType, category, severity.Get(), nullptr, nullptr);             \
     }                                                                                              \
-    Function LogMessage(LogDetail::LogDetailEnums category, TLog::AnySeverity severity,            \
-                        MessageType message, TError::ErrorInfo&& error)                            \
+    inline void LogMessage(LogDetail::LogDetailEnums category, TLog::AnySeverity severity,         \
+                           MessageType message, TError::ErrorInfo&& error)                         \
     {                                                                                              \
         KOR_LOG_MESSAGE_CALL(MessageType, category, severity.Get(), nullptr, &error);              \
     }                                                                                              \
-    KOR_LOG_MESSAGE_PAIR_OVERLOADS(Function, MessageType, LogMessageDetail::Pairs const&)          \
-    KOR_LOG_MESSAGE_PAIR_OVERLOADS(Function, MessageType, LogMessageDetail::Pairs&&)
+    KOR_LOG_MESSAGE_PAIR_OVERLOADS(MessageType, LogMessageDetail::Pairs const&)                    \
+    KOR_LOG_MESSAGE_PAIR_OVERLOADS(MessageType, LogMessageDetail::Pairs&&)
 
-#define KOR_LOG_MESSAGE_PAIR_OVERLOADS(Function, MessageType, PairsType)                           \
-    Function LogMessage(TLog::NonErrorSeverity severity, MessageType message, PairsType pairs)     \
+#define KOR_LOG_MESSAGE_PAIR_OVERLOADS(MessageType, PairsType)                                     \
+    inline void LogMessage(TLog::NonErrorSeverity severity, MessageType message, PairsType pairs)  \
     {                                                                                              \
         KOR_LOG_MESSAGE_CALL(MessageType, LogDetail::Count, severity.Get(), &pairs, nullptr);      \
     }                                                                                              \
-    Function LogMessage(TLog::AnySeverity severity, MessageType message, PairsType pairs,          \
-                        TError::ErrorInfo&& error)                                                 \
+    inline void LogMessage(TLog::AnySeverity severity, MessageType message, PairsType pairs,       \
+                           TError::ErrorInfo&& error)                                              \
     {                                                                                              \
         KOR_LOG_MESSAGE_CALL(MessageType, LogDetail::Count, severity.Get(), &pairs, &error);       \
     }                                                                                              \
-    Function LogMessage(LogDetail::LogDetailEnums category, TLog::NonErrorSeverity severity,       \
-                        MessageType message, PairsType pairs)                                      \
+    inline void LogMessage(LogDetail::LogDetailEnums category, TLog::NonErrorSeverity severity,    \
+                           MessageType message, PairsType pairs)                                   \
     {                                                                                              \
         KOR_LOG_MESSAGE_CALL(MessageType, category, severity.Get(), &pairs, nullptr);              \
     }                                                                                              \
-    Function LogMessage(LogDetail::LogDetailEnums category, TLog::AnySeverity severity,            \
-                        MessageType message, PairsType pairs, TError::ErrorInfo&& error)           \
+    inline void LogMessage(LogDetail::LogDetailEnums category, TLog::AnySeverity severity,         \
+                           MessageType message, PairsType pairs, TError::ErrorInfo&& error)        \
     {                                                                                              \
         KOR_LOG_MESSAGE_CALL(MessageType, category, severity.Get(), &pairs, &error);               \
     }
@@ -167,15 +165,12 @@ KORCOREPLATFORM_EXPORT bool LoggerAcceptsSeverity(TLog::Severity severity,
                               error);                                                              \
     }
 
-KOR_LOG_MESSAGE_OVERLOADS(inline void, char16_t const*)
-KOR_LOG_MESSAGE_OVERLOADS(inline void, TString const&)
-KOR_LOG_MESSAGE_OVERLOADS(inline void, TString&&)
-KOR_LOG_MESSAGE_OVERLOADS(inline void, TStringCore const&)
-KOR_LOG_MESSAGE_OVERLOADS(inline void, TStringCore&&)
-KOR_LOG_MESSAGE_OVERLOADS(inline void, TFormatString const&)
-
-// As templates, so that a null pointer constant stays a text of UTF-16 units.
-KOR_LOG_MESSAGE_OVERLOADS(template <class Char> inline void, Char const*)
+KOR_LOG_MESSAGE_OVERLOADS(char16_t const*)
+KOR_LOG_MESSAGE_OVERLOADS(TString const&)
+KOR_LOG_MESSAGE_OVERLOADS(TString&&)
+KOR_LOG_MESSAGE_OVERLOADS(TStringCore const&)
+KOR_LOG_MESSAGE_OVERLOADS(TStringCore&&)
+KOR_LOG_MESSAGE_OVERLOADS(TFormatString const&)
 
 // NOLINTEND(performance-unnecessary-value-param)
 

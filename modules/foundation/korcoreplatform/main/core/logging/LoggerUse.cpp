@@ -139,7 +139,7 @@ LoggerUse::LoggerUse() noexcept : m_uses(OwnMark().uses)
     if (&m_uses == &s_shared.uses) {
         ++t_sharedUses;
         m_uses.fetch_add(1, std::memory_order_seq_cst);
-    } else if (s_hasThreadsBarrier.load(std::memory_order_acquire)) {
+    } else if (s_hasThreadsBarrier.load(std::memory_order_seq_cst)) {
         m_uses.store(m_uses.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         std::atomic_signal_fence(std::memory_order_seq_cst); // for the compiler
     } else {

@@ -256,11 +256,6 @@ TEST(TPathTest, EqualityFoldsCaseAndOrderFoldsBackslashes)
         EXPECT_EQ((compared > 0) - (compared < 0), expected);
         EXPECT_EQ((std::array{a == b, a != b, a < b}),
                   (std::array{compared == 0, compared != 0, isLess}));
-        TString const text = TString(right) + u"/"; // beside a path, a text is one
-        EXPECT_EQ((std::array{a == text, !(a != text), text == a, !(text != a)}),
-                  (std::array{a == b, a == b, a == b, a == b}));
-        EXPECT_EQ((std::array{a == right, !(a != right), right == a, !(right != a)}),
-                  (std::array{a == b, a == b, a == b, a == b}));
     }
     EXPECT_EQ(TPath::caseSensitivity(), TString::CaseInsensitive);
 }

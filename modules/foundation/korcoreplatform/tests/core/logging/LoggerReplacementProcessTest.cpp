@@ -3,8 +3,12 @@
 #include "korcoreplatform/tests/support/ChildProcess.h"
 #include "korsys/tests/support/Threads.h"
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <cstddef>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #ifdef __linux__
@@ -73,7 +77,8 @@ int Replace(int times)
         while (isAsking != 2) {
             std::this_thread::yield();
         }
-        for (int i = 0; i != times; ++i) {
+        auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        for (int i = 0; i != times && std::chrono::steady_clock::now() < deadline; ++i) {
             TLog::Logger::Set(std::make_unique<MortalLogger>());
         }
         isOver = true;
@@ -101,7 +106,8 @@ bool ForbidBarriers()
     };
     sock_fprog const program = {4, rules};
     return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program, 0, 0) == 0;
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program, 0, 0) == 0 &&
+           ::syscall(SYS_membarrier, 0, 0) == -1 && errno == EPERM;
 }
 
 constexpr int kCannotForbid = 101;
