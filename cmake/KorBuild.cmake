@@ -105,8 +105,12 @@ function(kor_add_library module)
     target_include_directories(${module} PUBLIC
         "$<BUILD_INTERFACE:${KOR_INCLUDE_ROOT}>"
         "$<INSTALL_INTERFACE:${KOR_INSTALL_INCLUDEDIR}>")
-    if(NOT APPLE AND NOT KOR_SANITIZE)
-        target_link_options(${module} PRIVATE "LINKER:-z,defs") # a symbol nobody defines is an error
+    if(NOT APPLE)
+        # Threads call it when they end, so a host that unloads it keeps it.
+        target_link_options(${module} PRIVATE "LINKER:-z,nodelete")
+        if(NOT KOR_SANITIZE)
+            target_link_options(${module} PRIVATE "LINKER:-z,defs") # a symbol nobody defines is an error
+        endif()
     endif()
     # Lets the optimiser see through calls to the library's own exported functions. An address that is
     # taken still comes from the global table, so a function has one address in the whole process and

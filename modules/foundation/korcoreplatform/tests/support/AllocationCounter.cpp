@@ -84,3 +84,12 @@ void* realloc(void* block, std::size_t size) noexcept
 } // extern "C"
 
 #endif
+
+NoKeptTextBlocks::NoKeptTextBlocks()
+{
+    for (int bytes = 48; bytes <= kLargestKeptBytes; bytes += 16) { // 15 units and more
+        for (int i = 0; i != kKeptOfSize; ++i) {
+            m_texts.emplace_back(u'x', UnitsOfBlock(bytes));
+        }
+    }
+}

@@ -1,5 +1,6 @@
 #include "korsys/main/text/TStringManager.h"
 
+#include "korsys/main/text/FreedTextBlocks_p.h"
 #include "korsys/main/text/TStringErrors_p.h"
 
 #include <algorithm>
@@ -49,6 +50,13 @@ std::int32_t CapacityOf(std::size_t bytes)
     return static_cast<std::int32_t>(std::min(units, std::size_t(TStringManager::kMaxLength)));
 }
 
+/// What `CapacityOf` was told.
+std::size_t BytesOf(TLongStringHeader const& header)
+{
+    std::size_t const units = static_cast<std::size_t>(header.capacity) + 1;
+    return sizeof(TLongStringHeader) + units * sizeof(char16_t);
+}
+
 void* CheckedMemory(void* memory)
 {
     if (memory == nullptr) {
@@ -57,15 +65,43 @@ void* CheckedMemory(void* memory)
     return memory;
 }
 
+TLongStringHeader* MakeBlock(void* memory, std::size_t bytes)
+{
+    auto* const header = new (memory) TLongStringHeader;
+    header->references.store(1, std::memory_order_relaxed);
+    header->capacity = CapacityOf(bytes);
+    return header;
+}
+
+// Out of line, so that what is done most often needs no stack.
+[[gnu::noinline]] TLongStringHeader* AllocateBlock(std::size_t bytes)
+{
+    return MakeBlock(CheckedMemory(std::malloc(bytes)), bytes);
+}
+
+[[gnu::noinline]] void FreeBlock(TLongStringHeader* header, std::size_t bytes) noexcept
+{
+    FreedTextBlocks::Begin();
+    if (!FreedTextBlocks::Keep(header, bytes)) {
+        std::free(static_cast<void*>(header));
+    }
+}
+
 } // namespace
 
 TLongStringHeader* TLongStringHeader::create(std::int64_t capacity)
 {
     std::size_t const bytes = BlockBytes(capacity);
-    auto* const header = new (CheckedMemory(std::malloc(bytes))) TLongStringHeader;
-    header->references.store(1, std::memory_order_relaxed);
-    header->capacity = CapacityOf(bytes);
-    return header;
+    void* const kept = FreedTextBlocks::Take(bytes);
+    return kept != nullptr ? MakeBlock(kept, bytes) : AllocateBlock(bytes);
+}
+
+void TLongStringHeader::destroy(TLongStringHeader* header) noexcept
+{
+    std::size_t const bytes = BytesOf(*header);
+    if (!FreedTextBlocks::Keep(header, bytes)) {
+        FreeBlock(header, bytes);
+    }
 }
 
 TLongStringHeader* TLongStringHeader::resized(TLongStringHeader* header, std::int64_t capacity)

@@ -133,6 +133,7 @@ TEST(LogMessageTest, ARefusedMessageIsNotTouchedAndAnAcceptedMovedOneIsTaken)
     Pairs const pairs = {{u"host", u"example"}};
     ErrorInfo error = SomeError();
     {
+        NoKeptTextBlocks const noneKept;
         AllocationCounter const counter;
         LogMessage(longText.constData());
         LogMessage(info, std::move(moved));
