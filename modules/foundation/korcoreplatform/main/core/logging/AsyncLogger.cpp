@@ -132,7 +132,7 @@ template <class AnyEvent>
 void AsyncLogger::LogAccepted(AccessLevel accessLevel, Severity severity, AnyEvent&& event)
 {
     if (AcceptsSeverity(severity) && m_impl->IsAlive()) {
-        m_impl->PushRecord(accessLevel, severity, Event(std::forward<AnyEvent>(event)));
+        m_impl->PushRecord(accessLevel, severity, std::forward<AnyEvent>(event));
     }
 }
 
@@ -143,7 +143,7 @@ void AsyncLogger::LogDetailed(AccessLevel accessLevel, LogDetail::LogDetailEnums
     if (!OptLogSeverity::IsSeverityPerLogDetailOn()) {
         Log(severity, static_cast<Event const&>(event));
     } else if (DetailAcceptsSeverity(detail, severity) && m_impl->IsAlive()) {
-        m_impl->PushRecord(accessLevel, severity, Event(std::forward<AnyEvent>(event)));
+        m_impl->PushRecord(accessLevel, severity, std::forward<AnyEvent>(event));
     }
 }
 

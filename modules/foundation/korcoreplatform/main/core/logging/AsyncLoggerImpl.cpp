@@ -84,11 +84,6 @@ AsyncLogger::Impl::~Impl()
     }
 }
 
-bool AsyncLogger::Impl::IsAlive() const noexcept
-{
-    return m_processId == TSystemCore::ProcessID();
-}
-
 bool AsyncLogger::Impl::IsWriterThread() const noexcept
 {
     return std::this_thread::get_id() == m_writer.get_id();
@@ -110,6 +105,11 @@ void AsyncLogger::Impl::PushRecord(AccessLevel accessLevel, Severity severity, E
     item->accessLevel = accessLevel;
     m_queue.PushCounted(*item);
     Wake();
+}
+
+void AsyncLogger::Impl::PushRecord(AccessLevel accessLevel, Severity severity, Event const& event)
+{
+    PushRecord(accessLevel, severity, Event(event));
 }
 
 void AsyncLogger::Impl::Wake() noexcept

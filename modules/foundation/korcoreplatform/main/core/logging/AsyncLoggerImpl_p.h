@@ -7,6 +7,7 @@
 #include "korcoreplatform/main/core/logging/Channel.h"
 #include "korcoreplatform/main/core/logging/LogItem_p.h"
 #include "korcoreplatform/main/core/logging/LogQueue_p.h"
+#include "korsys/main/system/TSystemCore.h"
 #include "korsys/main/thread/TEvent.h"
 
 #include <atomic>
@@ -33,7 +34,7 @@ public:
     ~Impl();
 
     /// Any thread: whether this is the process that has the writer, and not a child of it.
-    bool IsAlive() const noexcept;
+    bool IsAlive() const noexcept { return m_processId == TSystemCore::ProcessID(); }
 
     bool IsWriterThread() const noexcept; ///< Is it the writer that asks?
 
@@ -41,6 +42,7 @@ public:
 
     /// Any thread. A record that nobody shares is its own item; else the item shares it.
     void PushRecord(AccessLevel accessLevel, Severity severity, Event&& event);
+    void PushRecord(AccessLevel accessLevel, Severity severity, Event const& event);
 
     void const* Contended() const noexcept { return m_queue.Contended(); }
 

@@ -166,7 +166,7 @@ void Event::Record::Delete::operator()(Record* record) const noexcept
     RecordMemory::Free(record, bytes);
 }
 
-Event::Record::Pointer Event::Record::Allocate(ShortMessage message, Origin&& origin)
+inline Event::Record::Pointer Event::Record::Allocate(ShortMessage message, Origin&& origin)
 {
     static_assert(sizeof(Record) + 56 <= RecordMemory::kSmallBytes, "two cache lines for most");
     auto const length = static_cast<std::size_t>(message.length);
@@ -199,7 +199,7 @@ Event::Record::Pointer Event::Record::Allocate(TString&& key, Origin&& origin)
 }
 
 template <class Content>
-Event::Record::Pointer Event::Record::Make(Content&& content)
+inline Event::Record::Pointer Event::Record::Make(Content&& content)
 {
     if (HasFactory()) {
         return Make(std::forward<Content>(content), ActivityInfoFactory::CreateActivityInfo(
@@ -213,7 +213,7 @@ Event::Record::Pointer Event::Record::Make(Content&& content)
 }
 
 template <class Content>
-Event::Record::Pointer Event::Record::Make(Content&& content, ActivityInfo const& info)
+inline Event::Record::Pointer Event::Record::Make(Content&& content, ActivityInfo const& info)
 {
     EventTime const time = info.GetTime();
     Pointer record =
@@ -302,9 +302,17 @@ Event::Record::Rest& Event::Record::NeedRest()
     return *rest;
 }
 
-void Event::Record::TakeContext(std::shared_ptr<Object> const& extra)
+inline void Event::Record::TakeContext(std::shared_ptr<Object> const& extra)
 {
     std::shared_ptr<TextMap> const ofThread = CoreThreadContextUtils::GetLoggingContext();
+    if (ofThread != nullptr || extra != nullptr) {
+        TakeContext(ofThread, extra);
+    }
+}
+
+void Event::Record::TakeContext(std::shared_ptr<TextMap> const& ofThread,
+                                std::shared_ptr<Object> const& extra)
+{
     if (ofThread == nullptr || ofThread->empty()) {
         if (extra != nullptr) {
             NeedRest().context = extra;
@@ -318,7 +326,7 @@ void Event::Record::TakeContext(std::shared_ptr<Object> const& extra)
     }
 }
 
-Event EventAccess::Finish(Record::Pointer record, TError::ErrorInfo* error)
+inline Event EventAccess::Finish(Record::Pointer record, TError::ErrorInfo* error)
 {
     if (error != nullptr) {
         record->NeedRest().error = FormatErrorInfo(std::move(*error));
@@ -364,16 +372,6 @@ Event EventAccess::OfValue(TString const& key, std::shared_ptr<Value>&& value,
     return Finish(std::move(record), error);
 }
 
-EventAccess::Record* EventAccess::TakeUnshared(Event& event) noexcept
-{
-    // Pairs with the releases of the events that shared it before.
-    if (event.m_record == nullptr ||
-        event.m_record->references.load(std::memory_order_acquire) != 1) {
-        return nullptr;
-    }
-    return std::exchange(event.m_record, nullptr);
-}
-
 Event::Event(TString const& key, std::shared_ptr<Value> value, ActivityInfo&& activity)
 {
     Record::Pointer record = Record::Make(TString(key), activity);
@@ -408,13 +406,12 @@ Event& Event::operator=(Event&& other) noexcept
     return *this;
 }
 
-Event::~Event()
+void Event::Release(Record* record) noexcept
 {
     // A record with one owner is not counted down: nobody else can take it any more.
-    if (m_record != nullptr &&
-        (m_record->references.load(std::memory_order_acquire) == 1 ||
-         m_record->references.fetch_sub(1, std::memory_order_acq_rel) == 1)) {
-        Record::Delete()(m_record);
+    if (record->references.load(std::memory_order_acquire) == 1 ||
+        record->references.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        Record::Delete()(record);
     }
 }
 

@@ -140,7 +140,12 @@ public:
     Event(Event&& other) noexcept : m_record(other.m_record) { other.m_record = nullptr; }
     Event& operator=(Event const& other) noexcept;
     Event& operator=(Event&& other) noexcept;
-    ~Event();
+    ~Event()
+    {
+        if (m_record != nullptr) {
+            Release(m_record);
+        }
+    }
 
     EventTimestamp const& GetTimestamp() const noexcept;
     std::uint32_t GetProcessId() const noexcept;
@@ -165,6 +170,8 @@ private:
     struct Record;
 
     explicit Event(Record* record) noexcept : m_record(record) {}
+
+    static void Release(Record* record) noexcept; ///< Deletes it when no other event has it.
 
     Record* m_record; ///< Shared by the copies, which count themselves in it. Null: moved from.
 };

@@ -137,6 +137,8 @@ private:
 
     /// Takes the logging context of the thread, then the pairs of `extra`, which may be null.
     void TakeContext(std::shared_ptr<Object> const& extra);
+    void TakeContext(std::shared_ptr<std::unordered_map<TString, TString>> const& ofThread,
+                     std::shared_ptr<Object> const& extra);
 };
 
 /// Makes records of texts and looks into records.
@@ -169,7 +171,13 @@ public:
     }
 
     /// Takes the record out of the event when no other event has it; null otherwise.
-    static Record* TakeUnshared(Event& event) noexcept;
+    static Record* TakeUnshared(Event& event) noexcept
+    {
+        // Pairs with the releases of the events that shared it before.
+        bool const isUnshared = event.m_record != nullptr &&
+                                event.m_record->references.load(std::memory_order_acquire) == 1;
+        return isUnshared ? std::exchange(event.m_record, nullptr) : nullptr;
+    }
 
     /// The event of a record that `TakeUnshared` gave.
     static Event Adopt(Record* record) noexcept { return Event(record); }

@@ -75,36 +75,42 @@ std::size_t CopyFew(char16_t const* from, std::size_t n, char* to)
     return at < 4 ? at : n - 8 + at;
 }
 
+/// Less than sixteen units.
+std::size_t CopyLess(char16_t const* from, std::size_t n, char* to)
+{
+    if (n >= 8) { // the first eight and the last eight, which may overlap
+        std::size_t const last = n - 8;
+        std::size_t const plain = CopyEight(from, to);
+        std::size_t const plainOfLast = CopyEight(from + last, to + last);
+        return plain < 8 ? plain : last + plainOfLast;
+    }
+    if (n >= 4) {
+        return CopyFew(from, n, to);
+    }
+    std::size_t done = 0;
+    for (; done < n && TLog::IsPlainUnit(from[done]); ++done) {
+        to[done] = static_cast<char>(from[done]);
+    }
+    return done;
+}
+
 } // namespace
 
 std::size_t TLog::CopyPlainUnits(char16_t const* from, std::size_t n, char* to) noexcept
 {
-    std::size_t done = 0;
-    for (; n - done >= 16; done += 16) {
-        __m128i const bytes = Narrowed(Load(from + done), Load(from + done + 8));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + done), bytes);
+    if (n < 16) {
+        return CopyLess(from, n, to);
+    }
+    std::size_t const last = n - 16; // the last sixteen may overlap with what is there already
+    for (std::size_t at = 0;; at = std::min(at + 16, last)) {
+        __m128i const bytes = Narrowed(Load(from + at), Load(from + at + 8));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + at), bytes);
         unsigned const special = SpecialMask(bytes);
         if (special != 0) {
-            return done + FirstOf(special);
+            return at + FirstOf(special);
+        }
+        if (at == last) {
+            return n;
         }
     }
-    if (n < 8) {
-        if (n >= 4) {
-            return CopyFew(from, n, to);
-        }
-        for (; done < n && IsPlainUnit(from[done]); ++done) {
-            to[done] = static_cast<char>(from[done]);
-        }
-        return done;
-    }
-    // What is left is copied by eights; the last of them may overlap with what is there already.
-    while (done < n) {
-        std::size_t const at = std::min(done, n - 8);
-        std::size_t const plain = CopyEight(from + at, to + at);
-        done = at + plain;
-        if (plain != 8) {
-            break;
-        }
-    }
-    return done;
 }

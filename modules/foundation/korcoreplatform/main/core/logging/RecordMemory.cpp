@@ -278,16 +278,50 @@ bool Refill(Cache& cache, int size) noexcept
     return true;
 }
 
-Block* TakeBlock(Cache& cache, int size)
+/// Requires: a block in `part`.
+Block* TakeFirst(Cache& cache, int size) noexcept
 {
-    if (cache.part == nullptr && !Refill(cache, size)) {
-        throw std::bad_alloc();
-    }
     --cache.partCount;
     Block* const block = std::exchange(cache.part, cache.part->next);
     // The next record is written here.
     CacheLines::PrefetchForWriting(cache.part, size == 0 ? kSmallLines : kPrefetchedLines);
     return block;
+}
+
+void AddFirst(Cache& cache, void* block) noexcept
+{
+    cache.part = new (block) Block{cache.part, nullptr};
+    ++cache.partCount;
+}
+
+// What is done once for many blocks is out of line, so that the rest needs no stack.
+
+[[gnu::noinline]] Block* TakeSlowly(int size)
+{
+    bool const hasCaches = HasCaches();
+    Cache forOne = {};
+    Cache& cache = hasCaches ? t_caches[size] : forOne;
+    if (!Refill(cache, size)) {
+        throw std::bad_alloc();
+    }
+    Block* const block = TakeFirst(cache, size);
+    GiveAll(forOne, s_pools[size]);
+    return block;
+}
+
+[[gnu::noinline]] void GiveSlowly(void* block, int size) noexcept
+{
+    if (!HasCaches()) {
+        s_pools[size].GiveLoose(new (block) Block{nullptr, nullptr});
+        return;
+    }
+    Cache& cache = t_caches[size];
+    if (cache.partCount == kBatchBlocks) {
+        AddBatch(cache, std::exchange(cache.part, nullptr));
+        cache.partCount = 0;
+        GiveBatches(cache, s_pools[size]);
+    }
+    AddFirst(cache, block);
 }
 
 /// Hands the blocks of `batches` to `keep`, except for those of chunks of which none is in use;
@@ -332,13 +366,8 @@ void* RecordMemory::Allocate(std::size_t bytes)
     if (size == kNoSize) {
         return ::operator new(bytes);
     }
-    if (HasCaches()) {
-        return TakeBlock(t_caches[size], size);
-    }
-    Cache cache = {};
-    Block* const block = TakeBlock(cache, size);
-    GiveAll(cache, s_pools[size]);
-    return block;
+    Cache& cache = t_caches[size];
+    return cache.part != nullptr ? TakeFirst(cache, size) : TakeSlowly(size);
 }
 
 void RecordMemory::Free(void* block, std::size_t bytes) noexcept
@@ -346,17 +375,13 @@ void RecordMemory::Free(void* block, std::size_t bytes) noexcept
     int const size = SizeOf(bytes);
     if (size == kNoSize) {
         ::operator delete(block);
-    } else if (!HasCaches()) {
-        s_pools[size].GiveLoose(new (block) Block{nullptr, nullptr});
+        return;
+    }
+    Cache& cache = t_caches[size];
+    if (cache.part != nullptr && cache.partCount != kBatchBlocks) {
+        AddFirst(cache, block);
     } else {
-        Cache& cache = t_caches[size];
-        if (cache.partCount == kBatchBlocks) {
-            AddBatch(cache, std::exchange(cache.part, nullptr));
-            cache.partCount = 0;
-            GiveBatches(cache, s_pools[size]);
-        }
-        cache.part = new (block) Block{cache.part, nullptr};
-        ++cache.partCount;
+        GiveSlowly(block, size);
     }
 }
 
