@@ -3,21 +3,15 @@
 #include "korcoreplatform/benchmarks/support/PeerTable.h"
 #include "korcoreplatform/main/core/files/TPath.h"
 #include "korcoreplatform/main/string/TString.h"
-#include "korsys/main/text/UnitSearch_p.h"
 
 #include <boost/filesystem/path.hpp>
 
-#include <cstddef>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <string>
-#include <string_view>
 
 namespace {
 
 using PeerTable::Repeat;
-using PeerTable::RepeatAction;
 using PeerTable::Row;
 using BoostPath = boost::filesystem::path;
 using StdPath = std::filesystem::path;
@@ -37,13 +31,12 @@ Sample const kSamples[] = {
 
 /// The same question to all three; `ask` takes any of the paths.
 template <class Ask>
-Row ToAll(std::string const& name, double mark, std::string const& bytes, Ask ask)
+void ToAll(std::string const& name, double mark, std::string const& bytes, Ask ask)
 {
-    Row row(name, mark);
-    row.Ours(Repeat([path = TPath(TString(bytes.c_str())), ask] { return ask(path); }))
+    Row(name, mark)
+        .Ours(Repeat([path = TPath(TString(bytes.c_str())), ask] { return ask(path); }))
         .Peer("boost", Repeat([path = BoostPath(bytes), ask] { return ask(path); }))
         .Peer("std", Repeat([path = StdPath(bytes), ask] { return ask(path); }));
-    return row;
 }
 
 // Each name is spelled once for our paths and once for the others'.
@@ -95,31 +88,13 @@ int LengthOfElements(Path const& path)
     return length;
 }
 
-/// A text of more than 14 units needs a block to be copied into. `find` tells where the text is.
-template <class Find>
-void AddBlockLimit(Row& row, std::string const& name, Find find)
-{
-    if (find().size() > 14) {
-        row.Limit(name, RepeatAction([find] {
-                      std::u16string_view const text = find();
-                      std::size_t const bytes = text.size() * sizeof(char16_t);
-                      void* block = std::malloc(bytes);
-                      benchmark::DoNotOptimize(block);
-                      std::memcpy(block, text.data(), bytes);
-                      benchmark::ClobberMemory();
-                      std::free(block);
-                  }));
-    }
-}
-
 void Construction(Sample const& sample)
 {
     std::u16string const units(sample.bytes.begin(), sample.bytes.end());
     std::string const row = std::string("path from text, ") + sample.name;
-    Row fromText(row, 1.2);
-    fromText.Ours(Repeat([units] { return TPath(units.c_str()); }))
+    Row(row, 1.2)
+        .Ours(Repeat([units] { return TPath(units.c_str()); }))
         .Peer("boost", Repeat([bytes = sample.bytes] { return BoostPath(bytes.c_str()); }));
-    AddBlockLimit(fromText, "block and copy", [units] { return std::u16string_view(units); });
     BoostPath const boostPath(sample.bytes);
     TPath const path(units.c_str());
     Row(std::string("path copy, ") + sample.name, 1.2)
@@ -161,14 +136,7 @@ bool Paths()
     for (Sample const& sample : kSamples) {
         std::string const which = std::string(", ") + sample.name;
         Construction(sample);
-        Row filename =
-            ToAll("path filename" + which, 0.8, sample.bytes, [](auto& p) { return Filename(p); });
-        std::u16string const units(sample.bytes.begin(), sample.bytes.end());
-        AddBlockLimit(filename, "search, block and copy", [units] {
-            int const length = static_cast<int>(units.size());
-            int const slash = UnitSearch::FindLastUnit(units.data(), length, u'/');
-            return std::u16string_view(units).substr(static_cast<std::size_t>(slash + 1));
-        });
+        ToAll("path filename" + which, 0.8, sample.bytes, [](auto& p) { return Filename(p); });
         ToAll("path extension" + which, 0.6, sample.bytes, [](auto& p) { return Extension(p); });
         ToAll("path parent" + which, 1.0, sample.bytes, [](auto& p) { return Parent(p); });
         Elements(sample);
