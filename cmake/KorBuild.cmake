@@ -106,7 +106,7 @@ function(kor_add_library module)
         "$<BUILD_INTERFACE:${KOR_INCLUDE_ROOT}>"
         "$<INSTALL_INTERFACE:${KOR_INSTALL_INCLUDEDIR}>")
     if(NOT APPLE)
-        # Threads call it when they end, so a host that unloads it keeps it.
+        # Threads call the library when they end, so it stays in memory when a host unloads it.
         target_link_options(${module} PRIVATE "LINKER:-z,nodelete")
         if(NOT KOR_SANITIZE)
             target_link_options(${module} PRIVATE "LINKER:-z,defs") # a symbol nobody defines is an error

@@ -87,9 +87,14 @@ void* realloc(void* block, std::size_t size) noexcept
 
 NoKeptTextBlocks::NoKeptTextBlocks()
 {
-    for (int bytes = 48; bytes <= kLargestKeptBytes; bytes += 16) { // 15 units and more
+    for (std::size_t bytes = 48; bytes <= kLargestKeptBytes; bytes += 16) { // 15 units and more
         for (int i = 0; i != kKeptOfSize; ++i) {
             m_texts.emplace_back(u'x', UnitsOfBlock(bytes));
         }
     }
+}
+
+int NoKeptTextBlocks::UnitsOfBlock(std::size_t bytes)
+{
+    return static_cast<int>((bytes - sizeof(TLongStringHeader)) / sizeof(char16_t)) - 1;
 }

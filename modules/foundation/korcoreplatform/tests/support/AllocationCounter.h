@@ -4,6 +4,7 @@
 
 #include "korcoreplatform/main/string/TString.h"
 
+#include <cstddef>
 #include <vector>
 
 /// Counts what the current thread allocates from the construction of the counter on, whoever asks:
@@ -24,17 +25,18 @@ private:
     long long m_bytesBefore;
 };
 
-/// Uses up the freed blocks that this thread keeps for its next texts: until the end of the object,
-/// every text that needs a block allocates it.
+/// Uses up the freed blocks that this thread keeps for its next texts, so that a text takes such a
+/// block only when another one was freed after this.
 class NoKeptTextBlocks
 {
 public:
     static constexpr int kKeptOfSize = 8;
-    static constexpr int kLargestKeptBytes = 512;
+    static constexpr std::size_t kLargestKeptBytes = 512;
 
     NoKeptTextBlocks();
 
-    static int UnitsOfBlock(int bytes) { return (bytes - 16) / 2 - 1; } ///< Of a full one.
+    /// Of the longest text in a block of `bytes`.
+    static int UnitsOfBlock(std::size_t bytes);
 
 private:
     std::vector<TString> m_texts;

@@ -1,8 +1,6 @@
 #include "korsys/main/text/FreedTextBlocks_p.h"
 
-#include <algorithm>
 #include <cstdlib>
-#include <iterator>
 #include <utility>
 
 #include <dlfcn.h>
@@ -10,25 +8,27 @@
 
 namespace {
 
-extern "C" void FreeKeptTextBlocks(void* /*unused*/)
+extern "C" void EndOfFreedTextBlocks(void* blocks)
 {
-    FreedTextBlocks::End();
+    FreedTextBlocks::End(blocks);
 }
 
 /// Is there a tool in the process that watches who uses memory which was freed?
 bool IsMemoryWatched()
 {
-    for (char const* const name : {"__asan_init", "__tsan_init", "_vgnU_freeres" /* valgrind */}) {
-        if (::dlsym(RTLD_DEFAULT, name) != nullptr) {
-            return true;
-        }
-    }
-    return false;
+    constexpr char const* kMarks[] = {"__asan_init", "__hwasan_init", "__msan_init", "__tsan_init",
+                                      "_vgnU_freeres" /* valgrind */};
+    bool const isWatched = std::any_of(std::begin(kMarks), std::end(kMarks), [](auto* name) {
+        return ::dlsym(RTLD_DEFAULT, name) != nullptr;
+    });
+    ::dlerror(); // that there is none is no error of the host's
+    return isWatched;
 }
 
 struct Key
 {
-    Key() : isUsable(!IsMemoryWatched() && ::pthread_key_create(&key, &FreeKeptTextBlocks) == 0) {}
+    Key() : isUsable(!IsMemoryWatched() && ::pthread_key_create(&key, &EndOfFreedTextBlocks) == 0)
+    {}
 
     pthread_key_t key = 0;
     bool isUsable;
@@ -46,22 +46,29 @@ Key const& EndOfThread()
 
 void FreedTextBlocks::Begin() noexcept
 {
-    if (t_blocks.wasBegun) {
+    if (std::exchange(t_wasBegun, true) || !EndOfThread().isUsable) {
         return;
     }
-    t_blocks.wasBegun = true;
-    Key const& key = EndOfThread();
-    if (key.isUsable && ::pthread_setspecific(key.key, &t_blocks) == 0) {
-        std::fill(std::begin(t_blocks.room), std::end(t_blocks.room), kMostOfSize);
+    auto* const blocks = new (std::nothrow) Blocks;
+    if (blocks != nullptr && ::pthread_setspecific(EndOfThread().key, blocks) == 0) {
+        t_blocks = blocks;
+    } else {
+        delete blocks;
     }
 }
 
-void FreedTextBlocks::End() noexcept
+void FreedTextBlocks::End(void* blocks) noexcept
 {
-    std::fill(std::begin(t_blocks.room), std::end(t_blocks.room), 0);
-    for (Block*& first : t_blocks.first) {
-        while (first != nullptr) {
-            std::free(std::exchange(first, first->next));
+    t_wasBegun = true; // where the system has made the thread's variables anew by now
+    t_blocks = nullptr;
+    delete static_cast<Blocks*>(blocks);
+}
+
+FreedTextBlocks::Blocks::~Blocks()
+{
+    for (Block* block : first) {
+        while (block != nullptr) {
+            std::free(std::exchange(block, block->next));
         }
     }
 }

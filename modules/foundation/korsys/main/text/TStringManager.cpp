@@ -50,7 +50,7 @@ std::int32_t CapacityOf(std::size_t bytes)
     return static_cast<std::int32_t>(std::min(units, std::size_t(TStringManager::kMaxLength)));
 }
 
-/// What `CapacityOf` was told.
+/// What `CapacityOf` was told, or less for the longest texts.
 std::size_t BytesOf(TLongStringHeader const& header)
 {
     std::size_t const units = static_cast<std::size_t>(header.capacity) + 1;

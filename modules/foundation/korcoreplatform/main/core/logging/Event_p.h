@@ -130,13 +130,13 @@ private:
     Record(RecordTail what, std::size_t length, Origin&& origin) noexcept;
     ~Record();
 
-    static Pointer Allocate(ShortMessage message, Origin&& origin);
+    static inline Pointer Allocate(ShortMessage message, Origin&& origin);
     static Pointer Allocate(TString&& key, Origin&& origin);
 
     std::size_t Bytes() const noexcept; ///< Of the block.
 
     /// Takes the logging context of the thread, then the pairs of `extra`, which may be null.
-    void TakeContext(std::shared_ptr<Object> const& extra);
+    inline void TakeContext(std::shared_ptr<Object> const& extra);
     void TakeContext(std::shared_ptr<std::unordered_map<TString, TString>> const& ofThread,
                      std::shared_ptr<Object> const& extra);
 };
@@ -187,7 +187,7 @@ private:
 
     static Event OfValue(TString const& key, std::shared_ptr<Value>&& value,
                          TError::ErrorInfo* error);
-    static Event Finish(Record::Pointer record, TError::ErrorInfo* error);
+    static inline Event Finish(Record::Pointer record, TError::ErrorInfo* error);
 };
 
 } // namespace TLog

@@ -55,7 +55,8 @@ private:
 };
 
 /// What no call can do without that hands its record to the one thread that writes: the time, the
-/// text, two cache lines of memory that is there, a queue, and a line of as many bytes.
+/// text, two cache lines of memory that is there, a queue, and a line of as many bytes. Its writer
+/// is never woken.
 class BareQueue
 {
 public:
@@ -85,7 +86,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kRecords = 1 << 17; ///< More than a burst has.
+    static constexpr std::size_t kRecords = 1 << 18; ///< More than a run has until it is written.
     static constexpr std::size_t kBatch = 64;
     static constexpr std::chrono::microseconds kNap{100};
 
