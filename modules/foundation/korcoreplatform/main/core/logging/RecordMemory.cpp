@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -169,16 +170,17 @@ struct Cache
     Block* batches; ///< Linked by `nextBatch`.
 };
 
-enum class CacheState
+struct alignas(CacheLines::kBytes) Caches
 {
-    Unused, ///< The thread has not arranged yet that its caches are emptied.
-    InUse,
-    Over ///< The thread is ending, or cannot have caches: what it logs goes past them.
+    Cache ofSizes[kSizes];
 };
 
 // Without constructor and destructor, so that they may be used until the thread is gone.
-[[gnu::tls_model("initial-exec")]] thread_local Cache t_caches[kSizes];
-[[gnu::tls_model("initial-exec")]] thread_local CacheState t_state;
+
+/// Null before the first use, and for a thread that is ending or cannot have any: what it logs goes
+/// past them.
+[[gnu::tls_model("initial-exec")]] thread_local Caches* t_caches = nullptr;
+[[gnu::tls_model("initial-exec")]] thread_local bool t_hadCaches = false;
 
 /// Hands a batch on. Where the pool is in use, the thread keeps it and tries again with the next.
 void GiveBatches(Cache& cache, Pool& pool) noexcept
@@ -208,16 +210,18 @@ void GiveAll(Cache& cache, Pool& pool) noexcept
     cache = Cache();
 }
 
-extern "C" void EmptyRecordCaches(void* /*unused*/)
+extern "C" void EmptyRecordCaches(void* ofThread)
 {
-    t_state = CacheState::Over;
+    t_hadCaches = true; // where the system has made the thread's variables anew by now
+    t_caches = nullptr;
+    std::unique_ptr<Caches> const caches(static_cast<Caches*>(ofThread));
     for (int size = 0; size != kSizes; ++size) {
-        GiveAll(t_caches[size], s_pools[size]);
+        GiveAll(caches->ofSizes[size], s_pools[size]);
     }
 }
 
-/// Has the caches emptied when the thread ends. Returns false when the system cannot.
-bool ArrangeToEmpty() noexcept
+/// Has them emptied and deleted when the thread ends. Returns false when the system cannot.
+bool ArrangeToEmpty(Caches& caches) noexcept
 {
     struct Key
     {
@@ -227,18 +231,22 @@ bool ArrangeToEmpty() noexcept
         bool isThere;
     };
     static Key const s_key;
-    return s_key.isThere && ::pthread_setspecific(s_key.key, &t_state) == 0;
+    return s_key.isThere && ::pthread_setspecific(s_key.key, &caches) == 0;
 }
 
-bool HasCaches() noexcept
+/// Of this thread; may be null.
+Caches* OwnCaches() noexcept
 {
-    if (t_state == CacheState::Unused) {
-        t_state = ArrangeToEmpty() ? CacheState::InUse : CacheState::Over;
+    if (!std::exchange(t_hadCaches, true)) {
+        std::unique_ptr<Caches> caches(new (std::nothrow) Caches());
+        if (caches != nullptr && ArrangeToEmpty(*caches)) {
+            t_caches = caches.release();
+        }
     }
-    return t_state == CacheState::InUse;
+    return t_caches;
 }
 
-[[maybe_unused]] bool const s_atLoad = HasCaches(); // no child of `fork` finds its key half made
+[[maybe_unused]] auto* const s_atLoad = OwnCaches(); // no child of `fork` finds its key half made
 
 /// Cuts the blocks of a new chunk.
 /// Requires: no block in `part`.
@@ -298,9 +306,9 @@ void AddFirst(Cache& cache, void* block) noexcept
 
 [[gnu::noinline]] Block* TakeSlowly(int size)
 {
-    bool const hasCaches = HasCaches();
+    Caches* const own = OwnCaches();
     Cache forOne = {};
-    Cache& cache = hasCaches ? t_caches[size] : forOne;
+    Cache& cache = own != nullptr ? own->ofSizes[size] : forOne;
     if (!Refill(cache, size)) {
         throw std::bad_alloc();
     }
@@ -311,11 +319,12 @@ void AddFirst(Cache& cache, void* block) noexcept
 
 [[gnu::noinline]] void GiveSlowly(void* block, int size) noexcept
 {
-    if (!HasCaches()) {
+    Caches* const own = OwnCaches();
+    if (own == nullptr) {
         s_pools[size].GiveLoose(new (block) Block{nullptr, nullptr});
         return;
     }
-    Cache& cache = t_caches[size];
+    Cache& cache = own->ofSizes[size];
     if (cache.partCount == kBatchBlocks) {
         AddBatch(cache, std::exchange(cache.part, nullptr));
         cache.partCount = 0;
@@ -366,8 +375,9 @@ void* RecordMemory::Allocate(std::size_t bytes)
     if (size == kNoSize) {
         return ::operator new(bytes);
     }
-    Cache& cache = t_caches[size];
-    return cache.part != nullptr ? TakeFirst(cache, size) : TakeSlowly(size);
+    Caches* const own = t_caches;
+    bool const isAtHand = own != nullptr && own->ofSizes[size].part != nullptr;
+    return isAtHand ? TakeFirst(own->ofSizes[size], size) : TakeSlowly(size);
 }
 
 void RecordMemory::Free(void* block, std::size_t bytes) noexcept
@@ -377,9 +387,9 @@ void RecordMemory::Free(void* block, std::size_t bytes) noexcept
         ::operator delete(block);
         return;
     }
-    Cache& cache = t_caches[size];
-    if (cache.part != nullptr && cache.partCount != kBatchBlocks) {
-        AddFirst(cache, block);
+    Caches* const own = t_caches;
+    if (own != nullptr && own->ofSizes[size].partCount != kBatchBlocks) {
+        AddFirst(own->ofSizes[size], block);
     } else {
         GiveSlowly(block, size);
     }
