@@ -30,7 +30,7 @@ TEST(HostTest, EachPieceOfWorkHasRecordsWithItsContext)
             std::istringstream lines(folder.Read(entry.path().filename()));
             for (std::string line; std::getline(lines, line);) {
                 auto const record = nlohmann::json::parse(line);
-                records[record.at("k")] = record;
+                EXPECT_TRUE(records.emplace(record.at("k"), record).second) << line; // once each
             }
         }
     }
