@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <string_view>
 #include <typeinfo>
@@ -19,13 +20,34 @@
 namespace TLog {
 namespace {
 
-constexpr std::string_view kSeverityTexts[] = {"trace", "debug", "info", "warn",
-                                               "error", "fatal", "off",  "LogDetail"};
+constexpr std::size_t kMaxSeverityBytes = 16; ///< A copy of known size is one move.
 
-std::string_view LineTextOf(Severity severity)
+struct SeverityText
+{
+    char bytes[kMaxSeverityBytes];
+    std::size_t length;
+
+    template <std::size_t size>
+    constexpr SeverityText(char const (&text)[size]) : bytes(), length(size - 1)
+    {
+        for (std::size_t i = 0; i != length; ++i) {
+            bytes[i] = text[i];
+        }
+    }
+};
+
+constexpr SeverityText kSeverityTexts[] = {"trace", "debug", "info", "warn",
+                                           "error", "fatal", "off",  "LogDetail"};
+constexpr SeverityText kUnknownSeverity = "";
+
+/// Requires: room for `kMaxSeverityBytes` at `to`.
+char* WriteSeverity(char* to, Severity severity)
 {
     auto const index = static_cast<std::size_t>(severity);
-    return index < std::size(kSeverityTexts) ? kSeverityTexts[index] : std::string_view();
+    bool const isKnown = index < std::size(kSeverityTexts);
+    SeverityText const& text = isKnown ? kSeverityTexts[index] : kUnknownSeverity;
+    std::memcpy(to, text.bytes, kMaxSeverityBytes);
+    return to + text.length;
 }
 
 TString ToText(std::string_view ascii)
@@ -154,9 +176,10 @@ void Formatter::Writer::WriteLine(LineBuffer& out, AccessLevel accessLevel, Seve
 {
     Frame frame(*this, out);
     EventAccess::Record const& record = EventAccess::RecordOf(event);
-    out.Commit(m_head.Write(out.Reserve(LineHead::kMaxBytes), record.timestamp.GetTime(),
-                            record.processId, record.threadId));
-    out.Append(LineTextOf(severity));
+    char* const head = out.Reserve(LineHead::kMaxBytes + kMaxSeverityBytes);
+    char* const end =
+        m_head.Write(head, record.timestamp.GetTime(), record.processId, record.threadId);
+    out.Commit(WriteSeverity(end, severity));
     out.Append(R"(",)");
     if (accessLevel == AccessLevel::Quarantine) {
         TString const quarantine = QuarantineText();
@@ -167,8 +190,12 @@ void Formatter::Writer::WriteLine(LineBuffer& out, AccessLevel accessLevel, Seve
         }
     }
     out.Append(record.attributes->GetJson());
-    out.Append(R"("k":)");
-    JsonText::AppendString(out, record.GetKey());
+    if (record.tail == RecordTail::Rest) {
+        out.Append(R"("k":)");
+        JsonText::AppendString(out, record.rest->key);
+    } else {
+        out.Append(R"("k":"msg")"); // what `GetKey` would say
+    }
     if (OptMetrics::IsActivityAndResourceTracingEnabled()) {
         WriteMember(R"(,"l":)", record.GetRest().location.get());
         WriteMember(R"(,"a":)", record.GetRest().activity.get());

@@ -18,26 +18,44 @@ char* Copy(char* to, std::string_view text)
 char* LineHead::Write(char* to, EventTime time, std::uint32_t processId,
                       std::uint64_t threadId) noexcept
 {
-    SplitTime const split(time);
-    if (m_timeLength == 0 || split.second != m_second) {
-        RenderSecond(split.second);
+    if (m_timeLength == 0 || !IsOfLastMillisecond(time)) {
+        RenderTime(time);
     }
     if (m_idsLength == 0 || threadId != m_threadId || processId != m_processId) {
         RenderIds(processId, threadId);
     }
     // Whole arrays: a copy of known size is a few moves.
-    static_assert(sizeof(m_time) + 3 + sizeof(m_ids) <= kMaxBytes);
+    static_assert(sizeof(m_time) + sizeof(m_ids) <= kMaxBytes);
     std::memcpy(to, m_time, sizeof(m_time));
-    to = WriteMilliseconds(to + m_timeLength, split.milliseconds);
+    to += m_timeLength;
     std::memcpy(to, m_ids, sizeof(m_ids));
     return to + m_idsLength;
+}
+
+bool LineHead::IsOfLastMillisecond(EventTime time) const noexcept
+{
+    // Without a sign, what lies before it is far behind it.
+    auto const microseconds = static_cast<std::uint64_t>(time.time_since_epoch().count());
+    return microseconds - m_millisecondStart < 1000;
+}
+
+[[gnu::noinline]] void LineHead::RenderTime(EventTime time) noexcept
+{
+    SplitTime const split(time);
+    if (m_secondLength == 0 || split.second != m_second) {
+        RenderSecond(split.second);
+    }
+    char* const end = WriteMilliseconds(m_time + m_secondLength, split.milliseconds);
+    m_timeLength = static_cast<std::size_t>(end - m_time);
+    m_millisecondStart = static_cast<std::uint64_t>(split.second) * 1000000 +
+                         static_cast<std::uint64_t>(split.milliseconds) * 1000;
 }
 
 void LineHead::RenderSecond(std::int64_t second) noexcept
 {
     char* const end = WriteSecond(Copy(m_time, R"({"ts":")"), second, true);
     *end = '.';
-    m_timeLength = static_cast<std::size_t>(end + 1 - m_time);
+    m_secondLength = static_cast<std::size_t>(end + 1 - m_time);
     m_second = second;
 }
 
