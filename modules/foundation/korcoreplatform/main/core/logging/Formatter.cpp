@@ -26,19 +26,12 @@ struct SeverityText
 {
     char bytes[kMaxSeverityBytes];
     std::size_t length;
-
-    template <std::size_t size>
-    constexpr SeverityText(char const (&text)[size]) : bytes(), length(size - 1)
-    {
-        for (std::size_t i = 0; i != length; ++i) {
-            bytes[i] = text[i];
-        }
-    }
 };
 
-constexpr SeverityText kSeverityTexts[] = {"trace", "debug", "info", "warn",
-                                           "error", "fatal", "off",  "LogDetail"};
-constexpr SeverityText kUnknownSeverity = "";
+constexpr SeverityText kSeverityTexts[] = {{"trace", 5}, {"debug", 5},    {"info", 4},
+                                           {"warn", 4},  {"error", 5},    {"fatal", 5},
+                                           {"off", 3},   {"LogDetail", 9}};
+constexpr SeverityText kUnknownSeverity = {"", 0};
 
 /// Requires: room for `kMaxSeverityBytes` at `to`.
 char* WriteSeverity(char* to, Severity severity)
