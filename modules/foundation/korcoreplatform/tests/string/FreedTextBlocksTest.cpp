@@ -2,7 +2,6 @@
 #include "korcoreplatform/tests/support/KorTest.h"
 #include "korsys/tests/support/Threads.h"
 
-#include <features.h>
 #include <pthread.h>
 
 #if defined(__GLIBC_PREREQ)
