@@ -1,6 +1,7 @@
 #include "korcoreplatform/main/core/logging/LineHead_p.h"
 
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <string_view>
 
@@ -18,7 +19,7 @@ char* Copy(char* to, std::string_view text)
 char* LineHead::Write(char* to, EventTime time, std::uint32_t processId,
                       std::uint64_t threadId) noexcept
 {
-    if (m_timeLength == 0 || !IsOfLastMillisecond(time)) {
+    if (time < m_firstOfMillisecond || time > m_lastOfMillisecond) {
         RenderTime(time);
     }
     if (m_idsLength == 0 || threadId != m_threadId || processId != m_processId) {
@@ -32,13 +33,6 @@ char* LineHead::Write(char* to, EventTime time, std::uint32_t processId,
     return to + m_idsLength;
 }
 
-bool LineHead::IsOfLastMillisecond(EventTime time) const noexcept
-{
-    // Without a sign, what lies before it is far behind it.
-    auto const microseconds = static_cast<std::uint64_t>(time.time_since_epoch().count());
-    return microseconds - m_millisecondStart < 1000;
-}
-
 [[gnu::noinline]] void LineHead::RenderTime(EventTime time) noexcept
 {
     SplitTime const split(time);
@@ -47,8 +41,13 @@ bool LineHead::IsOfLastMillisecond(EventTime time) const noexcept
     }
     char* const end = WriteMilliseconds(m_time + m_secondLength, split.milliseconds);
     m_timeLength = static_cast<std::size_t>(end - m_time);
-    m_millisecondStart = static_cast<std::uint64_t>(split.second) * 1000000 +
-                         static_cast<std::uint64_t>(split.milliseconds) * 1000;
+    constexpr std::chrono::microseconds kMillisecond(1000);
+    auto before = time.time_since_epoch() % kMillisecond; // what of it is gone by
+    before += before.count() < 0 ? kMillisecond : kMillisecond.zero();
+    auto const behind = kMillisecond - before - std::chrono::microseconds(1);
+    // As far as there are times.
+    m_firstOfMillisecond = time < EventTime::min() + before ? EventTime::min() : time - before;
+    m_lastOfMillisecond = time > EventTime::max() - behind ? EventTime::max() : time + behind;
 }
 
 void LineHead::RenderSecond(std::int64_t second) noexcept

@@ -24,14 +24,14 @@ public:
     char* Write(char* to, EventTime time, std::uint32_t processId, std::uint64_t threadId) noexcept;
 
 private:
-    bool IsOfLastMillisecond(EventTime time) const noexcept;
     void RenderTime(EventTime time) noexcept;
     void RenderSecond(std::int64_t second) noexcept;
     void RenderIds(std::uint32_t processId, std::uint64_t threadId) noexcept;
 
     // What the texts are of, once their lengths are not zero.
     std::int64_t m_second = 0;
-    std::uint64_t m_millisecondStart = 0; ///< Microseconds since 1970, modulo 2^64.
+    EventTime m_firstOfMillisecond = EventTime::max(); ///< Behind the last: there is none yet.
+    EventTime m_lastOfMillisecond = EventTime::min();
     std::uint64_t m_threadId = 0;
     std::uint32_t m_processId = 0;
 
