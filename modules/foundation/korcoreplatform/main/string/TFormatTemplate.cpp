@@ -32,31 +32,35 @@ public:
         : m_begin(text.data()), m_end(m_begin + text.size()), m_zero(zero)
     {}
 
-    Layout ReadAll(TFormatString::Marker* markers) const
+    Layout ReadAll(TFormatString::Marker* const markers) const
     {
         char16_t const otherStop = m_zero == Zero::EndsText ? u'\0' : u'%';
-        int count = 0;
+        TFormatString::Marker* marker = markers;
         int maxMarker = 0;
         char16_t const* next = m_begin; // what is before it has been read
         std::ptrdiff_t length = m_end - m_begin;
         for (std::ptrdiff_t at = 0; at < length; at += TemplateStops::kMaxUnits) {
+            char16_t const* const units = m_begin + at;
             auto const n =
                 static_cast<int>(std::min<std::ptrdiff_t>(length - at, TemplateStops::kMaxUnits));
-            std::uint64_t bits = TemplateStops::Find(m_begin + at, n, otherStop);
+            std::uint64_t bits = TemplateStops::Find(units, n, otherStop);
             for (; bits != 0; bits &= bits - 1) {
-                char16_t const* const stop = m_begin + at + __builtin_ctzll(bits);
+                char16_t const* const stop = units + __builtin_ctzll(bits);
                 if (*stop == 0) { // a stop only where it ends the text
                     length = stop - m_begin;
                     break;
                 }
                 if (stop >= next) {
-                    TFormatString::Marker& marker = markers[count++];
-                    next = Read(stop, marker);
-                    maxMarker = std::max(maxMarker, marker.number);
+                    next = Read(stop, *marker);
+                    maxMarker = std::max(maxMarker, marker->number);
+                    ++marker;
                 }
             }
         }
-        return {{m_begin, static_cast<std::size_t>(length)}, markers, count, maxMarker};
+        return {{m_begin, static_cast<std::size_t>(length)},
+                markers,
+                static_cast<int>(marker - markers),
+                maxMarker};
     }
 
 private:

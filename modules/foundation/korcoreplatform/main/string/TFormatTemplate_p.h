@@ -30,11 +30,11 @@ struct UnitCopier : TStringManager
     using TStringManager::copyUnits;
 };
 
-/// Writes the text at `to` and returns the place behind it.
-inline char16_t* Write(char16_t* to, std::u16string_view text)
+/// Writes the units from `from` to `end` at `to` and returns the place behind them.
+inline char16_t* Write(char16_t* to, char16_t const* from, char16_t const* end)
 {
-    int const n = static_cast<int>(text.size());
-    UnitCopier::copyUnits(to, text.data(), n);
+    int const n = static_cast<int>(end - from);
+    UnitCopier::copyUnits(to, from, n);
     return to + n;
 }
 
@@ -56,15 +56,17 @@ TString Render(Layout const& layout, std::size_t parameterCount, ParameterOf con
 
     TString result;
     char16_t* to = result.resizeForOverwrite(TStringErrors::CheckedSum(length));
-    std::size_t copied = 0; // units of the template
+    char16_t const* const text = layout.text.data();
+    char16_t const* from = text; // what is before it has been written
     for (int i = 0; i < layout.markerCount; ++i) {
         TFormatString::Marker const& marker = layout.markers[i];
-        auto const position = static_cast<std::size_t>(marker.position);
-        to = Write(to, layout.text.substr(copied, position - copied));
-        to = Write(to, replacementOf(marker));
-        copied = position + static_cast<std::size_t>(marker.length);
+        char16_t const* const position = text + marker.position;
+        to = Write(to, from, position);
+        std::u16string_view const replacement = replacementOf(marker);
+        to = Write(to, replacement.data(), replacement.data() + replacement.size());
+        from = position + marker.length;
     }
-    Write(to, layout.text.substr(copied));
+    Write(to, from, text + layout.text.size());
     return result;
 }
 
