@@ -11,6 +11,7 @@ import json
 import os
 import pathlib
 import platform
+import re
 import subprocess
 import sys
 import tempfile
@@ -20,6 +21,7 @@ import plots
 import results
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+MORE_ROUNDS = 16  # Of rows whose rounds leave open on which side of their marks they are.
 
 
 def arguments():
@@ -97,19 +99,43 @@ def machine(build):
             "version": output_of("git", "describe", "--always", "--dirty")}
 
 
+def measured(options, program, rounds, *more):
+    """The rows that a program writes, by their names."""
+    with tempfile.NamedTemporaryFile("r", suffix=".json", encoding="utf-8") as lines:
+        # A curve has many points, each of which may be less exact than a row.
+        short = ["--benchmark_repetitions=1"] if program == "bench_scaling" else []
+        command = [options.build / program, f"--rounds={rounds}", f"--json={lines.name}", *short,
+                   *options.rest, *more]
+        if subprocess.run(command, check=False).returncode != 0:
+            sys.exit(f"bench: {program} failed")
+        return {row["row"]: row for row in map(json.loads, lines)}
+
+
+def filter_for(names):
+    """The filter that finds rows by their names, which begin with those of their scenarios."""
+    parts = {name[:end] for name in names
+             for end in [len(name), *(colon.start() for colon in re.finditer(": ", name))]}
+    return "^(" + "|".join(re.escape(part) for part in sorted(parts)) + ")$"
+
+
+def judged(options, program):
+    """The rows of a program, with more rounds of those that are unclear."""
+    raw = measured(options, program, options.rounds)
+    unclear = [name for name, row in raw.items() if results.is_unclear(results.judge(program, row))]
+    if unclear and options.rounds >= results.FEW_ROUNDS:
+        print(f"-- {len(unclear)} of {len(raw)} rows are unclear", file=sys.stderr, flush=True)
+        again = measured(options, program, MORE_ROUNDS, f"--benchmark_filter={filter_for(unclear)}")
+        for name, more in again.items():
+            results.add_rounds(raw[name], more)
+    return [results.judge(program, row) for row in raw.values()]
+
+
 def run(options, programs):
     start, load_before = time.time(), os.getloadavg()
     rows = []
     for program in programs:
         print(f"== {program}", file=sys.stderr, flush=True)
-        with tempfile.NamedTemporaryFile("r", suffix=".json", encoding="utf-8") as lines:
-            # A curve has many points, each of which may be less exact than a row.
-            short = ["--benchmark_repetitions=1"] if program == "bench_scaling" else []
-            command = [options.build / program, f"--rounds={options.rounds}",
-                       f"--json={lines.name}", *short, *options.rest]
-            if subprocess.run(command, check=False).returncode != 0:
-                sys.exit(f"bench: {program} failed")
-            rows += [results.judge(program, json.loads(line)) for line in lines]
+        rows += judged(options, program)
     return {"machine": machine(options.build),
             "date": datetime.datetime.fromtimestamp(start, datetime.timezone.utc).isoformat(
                 timespec="seconds"),
@@ -122,11 +148,11 @@ def heading(kept):
     loads = " and ".join(f"{kept[key][0]:.2f}" for key in ("load_before", "load_after"))
     lines = [f"{about['cpu']}, {about['cores']} cores, {about['kernel']}",
              f"{about['compiler']}; {about['flags']}",
-             f"{about['version'] or 'no version'}, {kept['date']}, {kept['rounds']} rounds in "
-             f"{kept['seconds']} s; load before and after {loads}"]
+             f"{about['version'] or 'no version'}, {kept['date']}, {kept['rounds']} rounds, "
+             f"more of rows at their marks, in {kept['seconds']} s; load before and after {loads}"]
     if kept["load_before"][0] > about["cores"] / 2:
         lines.append("The machine was busy with something else before.")
-    if kept["rounds"] < 5:
+    if kept["rounds"] < results.FEW_ROUNDS:
         lines.append("Fewer than five rounds do not tell the noise: the verdicts mean little.")
     return "\n".join(lines)
 

@@ -1,9 +1,10 @@
 """What the rounds of a run say: medians, ratios, verdicts, and what moved between two runs.
 
 Each round has its own ratio of ours to the peer's: both ran right after each other, so that the
-machine was equally fast for them. The ratio of a row is their median, and its noise the range of
-their middle half. A row is "at the mark" when the mark lies within that noise: this run cannot tell
-on which side. Where a row falls short and the limit does, too, the verdict tells by how much.
+machine was equally fast for them. The ratio of a row is their median, and its noise the range in
+which more rounds would have their median (see `noise`). A row is "at the mark" when the mark lies
+within that noise: this run cannot tell on which side. Where a row falls short and the limit does,
+too, the verdict tells by how much.
 Between two runs a machine drifts more than within one, so a ratio has moved only when the ranges of
 all rounds do not meet.
 """
@@ -11,11 +12,19 @@ all rounds do not meet.
 import math
 import statistics
 
+FEW_ROUNDS = 5  # Fewer do not tell the noise.
 
-def middle(rounds):
-    """The lowest and highest of the middle half."""
-    ordered, last = sorted(rounds), len(rounds) - 1
-    return ordered[math.floor(last / 4)], ordered[math.ceil(last * 3 / 4)]
+
+def noise(rounds):
+    """The range that holds the median with a confidence of 95 %, by the sign test, which asks
+    nothing of how the rounds are spread. Of five it is the whole range (94 %)."""
+    ordered, n = sorted(rounds), len(rounds)
+    cut = 0  # at either end
+    cases = 1 + n  # of 2^n, in which no more than cut + 1 rounds lie on one side of the median
+    while 2 * cases <= 0.05 * 2 ** n:
+        cut += 1
+        cases += math.comb(n, cut + 1)
+    return ordered[cut], ordered[-1 - cut]
 
 
 def figures(rounds):
@@ -54,9 +63,21 @@ def judge(program, raw):
     row["ratio"] = row["ratio_low"] = row["ratio_high"] = None
     if (ratios := ratios_of(row, row["ours"])):
         row["ratio"] = statistics.median(ratios)
-        row["ratio_low"], row["ratio_high"] = middle(ratios)
+        row["ratio_low"], row["ratio_high"] = noise(ratios)
     row["verdict"] = verdict(row)
     return row
+
+
+def is_unclear(row):
+    """Whether its rounds leave open on which side of the mark it is."""
+    return row["verdict"].startswith("at the mark")
+
+
+def add_rounds(raw, more):
+    """Adds to a row as a program wrote it what another run of that program wrote."""
+    for kind in ("contenders", "limit"):
+        for who, rounds in raw[kind].items():
+            rounds += more[kind][who]
 
 
 def ratios_of(row, figures):

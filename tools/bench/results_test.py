@@ -13,11 +13,13 @@ def row(ours, peers, mark=1.0, better="less", against="", name="a row", limit=No
 
 class VerdictTest(unittest.TestCase):
     def test_a_verdict_needs_the_mark_outside_the_noise(self):
-        steady = {"peer": [100, 100, 100, 100, 100]}
+        steady = {"peer": [100] * 21}
         for ours, mark, better, expected in [
                 ([90, 91, 92, 93, 94], 1.0, "less", "reached"),
                 ([90, 98, 99, 101, 102], 1.0, "less", "at the mark"),  # the median alone is below
-                ([50, 98, 98, 98, 400], 1.0, "less", "reached"),  # two odd rounds decide nothing
+                ([50, 98, 98, 98, 400], 1.0, "less", "at the mark"),
+                ([50, 400] * 5 + [98] * 11, 1.0, "less", "reached"),  # odd rounds decide nothing
+                ([50] + [400] * 6 + [98] * 14, 1.0, "less", "at the mark"),
                 ([102, 103, 104, 105, 106], 1.0, "less", "NOT reached"),
                 ([102, 103, 104, 105, 106], 1.0, "more", "reached"),
                 ([90, 91, 92, 93, 94], 1.0, "more", "NOT reached"),

@@ -34,6 +34,7 @@ struct Entry
     std::vector<std::pair<std::string, Task>> contenders;
     std::vector<std::pair<std::string, Task>> limit; ///< One or none.
     std::vector<Shown> shown;
+    int runsPerRound = 1;
 };
 
 /// In the order of their registration. A scenario that is being described is the last one.
@@ -120,19 +121,33 @@ Measures RunInChild(Task const& task, int records)
     return measures;
 }
 
-/// By measure, then by who, one number a round.
+/// By measure, then by who, one number a run or a round.
 using Results = std::map<std::string, std::map<std::string, std::vector<double>>>;
+
+/// Adds a run of each task.
+void RunEach(Entry const& entry, int records, Results& results)
+{
+    for (auto const* all : {&entry.contenders, &entry.limit}) {
+        for (auto const& [who, task] : *all) {
+            for (auto const& [measure, value] : RunInChild(task, records)) {
+                results[measure][who].push_back(value);
+            }
+        }
+    }
+}
 
 Results RunRounds(Entry const& entry, Settings const& settings)
 {
     Results results;
     int const records = std::min(entry.records, settings.records);
     for (int round = 0; round < settings.rounds; ++round) {
-        for (auto const* all : {&entry.contenders, &entry.limit}) {
-            for (auto const& [who, task] : *all) {
-                for (auto const& [measure, value] : RunInChild(task, records)) {
-                    results[measure][who].push_back(value);
-                }
+        Results runs;
+        for (int run = 0; run < entry.runsPerRound; ++run) {
+            RunEach(entry, records, runs);
+        }
+        for (auto const& [measure, everybody] : runs) {
+            for (auto const& [who, values] : everybody) {
+                results[measure][who].push_back(Report::Median(values));
             }
         }
     }
@@ -173,6 +188,12 @@ Scenario& Scenario::Contender(std::string name, Task task)
 Scenario& Scenario::Limit(std::string name, Task task)
 {
     Entries().back().limit.emplace_back(std::move(name), std::move(task));
+    return *this;
+}
+
+Scenario& Scenario::Runs(int perRound)
+{
+    Entries().back().runsPerRound = perRound;
     return *this;
 }
 

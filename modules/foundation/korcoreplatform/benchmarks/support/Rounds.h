@@ -48,6 +48,10 @@ public:
     /// not measure everything.
     Scenario& Limit(std::string name, Task task);
 
+    /// A round does so many runs of each task, in turn, and counts the medians of what they
+    /// measured: for tasks that are over soon.
+    Scenario& Runs(int perRound);
+
     Scenario& AtLeast(std::string measure, double mark);
     Scenario& AtMost(std::string measure, double mark);
     Scenario& Shown(std::string measure);
