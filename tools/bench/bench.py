@@ -11,7 +11,6 @@ import json
 import os
 import pathlib
 import platform
-import re
 import subprocess
 import sys
 import tempfile
@@ -21,7 +20,11 @@ import plots
 import results
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-MORE_ROUNDS = 16  # Of rows whose rounds leave open on which side of their marks they are.
+
+# Of rows whose rounds leave open on which side of their marks they are. The memory of a process is
+# laid out anew in each run.
+MORE_RUNS = 3
+ROUNDS_AGAIN = 4
 
 
 def arguments():
@@ -30,7 +33,8 @@ def arguments():
         "quick look --records=N."))
     parser.add_argument("names", nargs="*", metavar="NAME",
                         help="text, files, ...: the program bench_NAME; all but scaling without")
-    parser.add_argument("--rounds", type=int, default=5, metavar="N")
+    parser.add_argument("--rounds", type=int, default=5, metavar="N",
+                        help="of five or more: followed by others of rows at their marks")
     parser.add_argument("--json", type=pathlib.Path, metavar="FILE", help="keep the run")
     parser.add_argument("--compare", type=pathlib.Path, nargs="+", metavar="FILE",
                         help="OLD [NEW]: show what moved since a kept run; without NEW, run now")
@@ -111,22 +115,17 @@ def measured(options, program, rounds, *more):
         return {row["row"]: row for row in map(json.loads, lines)}
 
 
-def filter_for(names):
-    """The filter that finds rows by their names, which begin with those of their scenarios."""
-    parts = {name[:end] for name in names
-             for end in [len(name), *(colon.start() for colon in re.finditer(": ", name))]}
-    return "^(" + "|".join(re.escape(part) for part in sorted(parts)) + ")$"
-
-
 def judged(options, program):
     """The rows of a program, with more rounds of those that are unclear."""
     raw = measured(options, program, options.rounds)
     unclear = [name for name, row in raw.items() if results.is_unclear(results.judge(program, row))]
-    if unclear and options.rounds >= results.FEW_ROUNDS:
+    if unclear and options.rounds >= results.ENOUGH_ROUNDS:
         print(f"-- {len(unclear)} of {len(raw)} rows are unclear", file=sys.stderr, flush=True)
-        again = measured(options, program, MORE_ROUNDS, f"--benchmark_filter={filter_for(unclear)}")
-        for name, more in again.items():
-            results.add_rounds(raw[name], more)
+        for _ in range(MORE_RUNS):
+            again = measured(options, program, ROUNDS_AGAIN,
+                             f"--benchmark_filter={results.filter_for(unclear)}")
+            for name in set(unclear) & set(again):  # a few rows come with others only
+                results.add_rounds(raw[name], again[name])
     return [results.judge(program, row) for row in raw.values()]
 
 
@@ -143,16 +142,21 @@ def run(options, programs):
             "load_before": load_before, "load_after": os.getloadavg(), "rows": rows}
 
 
+def rounds_text(kept):
+    most = max(len(row["ours"]["rounds"]) for row in kept["rows"])
+    return f"{kept['rounds']} rounds" if most == kept["rounds"] else f"{kept['rounds']} to {most} rounds"
+
+
 def heading(kept):
     about = kept["machine"]
     loads = " and ".join(f"{kept[key][0]:.2f}" for key in ("load_before", "load_after"))
     lines = [f"{about['cpu']}, {about['cores']} cores, {about['kernel']}",
              f"{about['compiler']}; {about['flags']}",
-             f"{about['version'] or 'no version'}, {kept['date']}, {kept['rounds']} rounds, "
-             f"more of rows at their marks, in {kept['seconds']} s; load before and after {loads}"]
+             f"{about['version'] or 'no version'}, {kept['date']}, {rounds_text(kept)} "
+             f"in {kept['seconds']} s; load before and after {loads}"]
     if kept["load_before"][0] > about["cores"] / 2:
         lines.append("The machine was busy with something else before.")
-    if kept["rounds"] < results.FEW_ROUNDS:
+    if kept["rounds"] < results.ENOUGH_ROUNDS:
         lines.append("Fewer than five rounds do not tell the noise: the verdicts mean little.")
     return "\n".join(lines)
 

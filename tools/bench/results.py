@@ -6,22 +6,24 @@ which more rounds would have their median (see `noise`). A row is "at the mark" 
 within that noise: this run cannot tell on which side. Where a row falls short and the limit does,
 too, the verdict tells by how much.
 Between two runs a machine drifts more than within one, so a ratio has moved only when the ranges of
-all rounds do not meet.
+all rounds do not meet, or of all but a few where there are many.
 """
 
 import math
+import re
 import statistics
 
-FEW_ROUNDS = 5  # Fewer do not tell the noise.
+ENOUGH_ROUNDS = 5  # Fewer do not tell the noise.
 
 
 def noise(rounds):
-    """The range that holds the median with a confidence of 95 %, by the sign test, which asks
-    nothing of how the rounds are spread. Of five it is the whole range (94 %)."""
+    """The range that holds the median with a confidence of 95 %, by the sign test: it asks nothing
+    of how the rounds are spread, but that none depends on another. Of five it is the whole range
+    (94 %)."""
     ordered, n = sorted(rounds), len(rounds)
     cut = 0  # at either end
-    cases = 1 + n  # of 2^n, in which no more than cut + 1 rounds lie on one side of the median
-    while 2 * cases <= 0.05 * 2 ** n:
+    cases = 1 + n  # of 2^n: at most cut + 1 rounds lie below the median; in as many, above it
+    while 40 * cases <= 2 ** n:
         cut += 1
         cases += math.comb(n, cut + 1)
     return ordered[cut], ordered[-1 - cut]
@@ -71,6 +73,11 @@ def judge(program, raw):
 def is_unclear(row):
     """Whether its rounds leave open on which side of the mark it is."""
     return row["verdict"].startswith("at the mark")
+
+
+def filter_for(names):
+    """The filter of a program that finds the rows with these names."""
+    return "^(" + "|".join(map(re.escape, names)) + ")$"
 
 
 def add_rounds(raw, more):
@@ -142,16 +149,23 @@ def result_table(rows):
 
 
 def moved(old, new):
-    """The pairs of rows whose ratios differ by more than the noise of both, the worst first."""
+    """The pairs of rows whose ranges of ratios do not meet, the worst first."""
     before = {(row["program"], row["row"]): row for row in old if row["ratio"] is not None}
     pairs = []
     for row in new:
         was = before.get((row["program"], row["row"]))
         if was and row["ratio"] is not None:
-            ratios, before_that = ratios_of(row, row["ours"]), ratios_of(was, was["ours"])
-            if min(ratios) > max(before_that) or max(ratios) < min(before_that):
+            (low, high), (was_low, was_high) = span(row), span(was)
+            if low > was_high or high < was_low:
                 pairs.append((was, row))
     return sorted(pairs, key=lambda pair: worsening(*pair), reverse=True)
+
+
+def span(row):
+    """The range of the ratios, without a sixth of them at either end where there are many."""
+    ordered = sorted(ratios_of(row, row["ours"]))
+    odd = len(ordered) // 6
+    return ordered[odd], ordered[-1 - odd]
 
 
 def worsening(was, row):
@@ -172,6 +186,6 @@ def comparison(old, new):
              else f"{was['verdict'] or 'no mark'} -> {row['verdict'] or 'no mark'}"]
             for was, row in pairs]))
     names = [{(row["program"], row["row"]) for row in rows} for rows in (old, new)]
-    lines.append(f"{len(pairs)} of {len(names[0] & names[1])} rows moved by more than the noise; "
+    lines.append(f"{len(pairs)} of {len(names[0] & names[1])} rows moved; "
                  f"{len(names[0] - names[1])} are gone, {len(names[1] - names[0])} are new")
     return "\n".join(lines)

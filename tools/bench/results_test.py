@@ -1,5 +1,6 @@
 """What a run is said to show, on rounds made up for it."""
 
+import re
 import unittest
 
 import results
@@ -56,20 +57,40 @@ class VerdictTest(unittest.TestCase):
             results.result_table([made])
 
 
+class MoreRoundsTest(unittest.TestCase):
+    def test_the_filter_finds_the_rows_and_no_other(self):
+        names = ["number(double, 'g', 6)", "burst, threads: 4: ns/call, first", "a + b*c"]
+        filter_for = re.compile(results.filter_for(names))
+        for name in names:
+            self.assertTrue(filter_for.search(name), name)
+            self.assertFalse(filter_for.search(name + "0"), name)
+        self.assertFalse(filter_for.search("a + bbc"))
+
+    def test_rounds_are_added_to_everybody(self):
+        def raw(n):
+            return {"contenders": {"ours": [n], "peer": [2 * n]}, "limit": {"clock": [3 * n]}}
+
+        added = raw(1)
+        results.add_rounds(added, raw(10))
+        self.assertEqual(added, {"contenders": {"ours": [1, 10], "peer": [2, 20]},
+                                 "limit": {"clock": [3, 30]}})
+
+
 class ComparisonTest(unittest.TestCase):
     def test_only_rows_beyond_the_noise_of_both_have_moved(self):
         def run(shift):
             return [row([90 + shift, 100 + shift, 110 + shift], {"peer": [100] * 3}, name="noisy"),
                     row([100 + shift] * 4 + [100], {"peer": [100] * 5}, name="drifting"),
                     row([100 + shift, 101 + shift, 102 + shift], {"peer": [100] * 3}, name="steady"),
+                    row([100 + shift] * 20 + [100], {"peer": [100] * 21}, name="one is odd"),
                     row([100 + 2 * shift] * 3, {"peer": [100] * 3}, name="more", better="more")]
 
         names = [new["row"] for _, new in results.moved(run(0), run(10))]
-        self.assertEqual(names, ["steady", "more"])  # the worst first: more is better there
+        self.assertEqual(names, ["one is odd", "steady", "more"])  # the worst first: more is better there
         text = results.comparison(run(0), run(10) + [row([1], {"peer": [1]}, name="added")])
         self.assertIn("worse by 10 %", text)
         self.assertIn("better by 20 %", text)
-        self.assertIn("2 of 4 rows moved", text)
+        self.assertIn("3 of 5 rows moved", text)
         self.assertIn("0 are gone, 1 are new", text)
 
 

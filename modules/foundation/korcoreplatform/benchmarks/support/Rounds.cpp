@@ -121,37 +121,28 @@ Measures RunInChild(Task const& task, int records)
     return measures;
 }
 
-/// By measure, then by who, one number a run or a round.
+/// By measure, then by who, one number a run.
 using Results = std::map<std::string, std::map<std::string, std::vector<double>>>;
-
-/// Adds a run of each task.
-void RunEach(Entry const& entry, int records, Results& results)
-{
-    for (auto const* all : {&entry.contenders, &entry.limit}) {
-        for (auto const& [who, task] : *all) {
-            for (auto const& [measure, value] : RunInChild(task, records)) {
-                results[measure][who].push_back(value);
-            }
-        }
-    }
-}
 
 Results RunRounds(Entry const& entry, Settings const& settings)
 {
     Results results;
     int const records = std::min(entry.records, settings.records);
-    for (int round = 0; round < settings.rounds; ++round) {
-        Results runs;
-        for (int run = 0; run < entry.runsPerRound; ++run) {
-            RunEach(entry, records, runs);
-        }
-        for (auto const& [measure, everybody] : runs) {
-            for (auto const& [who, values] : everybody) {
-                results[measure][who].push_back(Report::Median(values));
+    for (int run = 0; run < settings.rounds * entry.runsPerRound; ++run) {
+        for (auto const* all : {&entry.contenders, &entry.limit}) {
+            for (auto const& [who, task] : *all) {
+                for (auto const& [measure, value] : RunInChild(task, records)) {
+                    results[measure][who].push_back(value);
+                }
             }
         }
     }
     return results;
+}
+
+std::string NameOf(Entry const& entry, Shown const& shown)
+{
+    return entry.name + ": " + shown.measure;
 }
 
 Report::Row MakeRow(Entry const& entry, Shown const& shown,
@@ -159,7 +150,7 @@ Report::Row MakeRow(Entry const& entry, Shown const& shown,
 {
     bool const hasPeer = entry.contenders.size() > 1;
     std::string const peer = hasPeer ? entry.contenders[1].first : "";
-    Report::Row row = {entry.name + ": " + shown.measure, "", shown.better, shown.mark, peer};
+    Report::Row row = {NameOf(entry, shown), "", shown.better, shown.mark, peer};
     row.point = shown.point;
     for (auto const& [who, task] : entry.contenders) {
         row.contenders.push_back({who, figures.at(who)});
@@ -235,7 +226,11 @@ Usage::Usage()
 void RunAll(Settings const& settings)
 {
     for (Entry const& entry : Entries()) {
-        if (std::regex_search(entry.name, settings.filter)) {
+        bool const isChosen =
+            std::any_of(entry.shown.begin(), entry.shown.end(), [&](Shown const& shown) {
+                return std::regex_search(NameOf(entry, shown), settings.filter);
+            });
+        if (isChosen) {
             Results const results = RunRounds(entry, settings);
             for (Shown const& shown : entry.shown) {
                 Report::Add(MakeRow(entry, shown, results.at(shown.measure)));

@@ -35,8 +35,8 @@ using Task = std::function<Measures(Run const&)>;
 ///         .AtLeast("records/s", 2.4).AtMost("CPU s", 0.6).Shown("bytes/line");
 ///
 /// A task measures what all rows of the scenario show, and may measure more. Marks are about the
-/// ratio of the first contender's median to the second's. Every run is a process of its own, so
-/// that none inherits memory or threads, and `Usage` is of that run alone.
+/// ratio of the first contender to the second. Every run is a process of its own, so that none
+/// inherits memory or threads, and `Usage` is of that run alone.
 class Scenario
 {
 public:
@@ -48,8 +48,8 @@ public:
     /// not measure everything.
     Scenario& Limit(std::string name, Task task);
 
-    /// A round does so many runs of each task, in turn, and counts the medians of what they
-    /// measured: for tasks that are over soon.
+    /// So many runs of each task make a round, each with a ratio of its own: for tasks that are
+    /// over soon.
     Scenario& Runs(int perRound);
 
     Scenario& AtLeast(std::string measure, double mark);
@@ -73,7 +73,7 @@ using Report::Median;
 
 struct Settings
 {
-    std::regex filter{""}; ///< Of the scenarios' names; this one finds itself in all.
+    std::regex filter{""}; ///< Of the rows' names; this one finds itself in all.
     int rounds = 5;
     int records = std::numeric_limits<int>::max(); ///< At most so many in each run.
 };

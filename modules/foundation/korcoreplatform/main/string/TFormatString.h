@@ -160,21 +160,10 @@ public:
 /// What `TFormat` is made of.
 namespace TFormatDetail {
 
-/// A template that has been checked. Text and markers lie elsewhere.
-struct Layout
-{
-    std::u16string_view text;
-    TFormatString::Marker const* markers;
-    int markerCount;
-    int maxMarker;
-};
-
-/// Checks a template of at most `n` units that ends before its first zero, and stores its markers.
-/// Requires: room for n / 2 markers.
-KORCOREPLATFORM_EXPORT Layout Check(char16_t const* text, std::size_t n,
-                                    TFormatString::Marker* markers);
-
-KORCOREPLATFORM_EXPORT TString Format(Layout const& layout,
+/// Formats by a template of at most `n` units that ends before its first zero.
+/// Requires: room for n / 2 markers, which hold anything.
+KORCOREPLATFORM_EXPORT TString Format(char16_t const* text, std::size_t n,
+                                      TFormatString::Marker* markers,
                                       std::initializer_list<std::u16string_view> parameters);
 
 } // namespace TFormatDetail
@@ -187,6 +176,5 @@ template <std::size_t n, class... Values>
 TString TFormat(char16_t const (&literal)[n], Values const&... values)
 {
     TFormatString::Marker markers[n / 2 + 1];
-    TFormatDetail::Layout const layout = TFormatDetail::Check(literal, n, markers);
-    return TFormatDetail::Format(layout, {TFormatArgument::Of(values).View()...});
+    return TFormatDetail::Format(literal, n, markers, {TFormatArgument::Of(values).View()...});
 }

@@ -72,22 +72,6 @@ private:
     /// Returns the end of the marker.
     char16_t const* Read(char16_t const* percent, TFormatString::Marker& marker) const
     {
-        char16_t const* const at = percent + 1;
-        bool const isOneDigit =
-            at != m_end && *at != u'0' && IsDigit(*at) && (at + 1 == m_end || !IsDigit(at[1]));
-        if (!isOneDigit) {
-            return ReadRare(percent, marker);
-        }
-        marker.position = static_cast<int>(percent - m_begin);
-        marker.length = 2;
-        marker.number = *at - u'0';
-        return at + 1;
-    }
-
-    /// The same for any marker.
-    [[gnu::noinline]] char16_t const* ReadRare(char16_t const* percent,
-                                               TFormatString::Marker& marker) const
-    {
         char16_t const* at = percent + 1;
         if (IsEnd(at)) {
             ThrowTemplateError(u"Format string ends with an incomplete marker.",
@@ -150,6 +134,45 @@ private:
     Zero m_zero;
 };
 
+using Parameters = std::initializer_list<std::u16string_view>;
+
+/// Formats by a template as most are: one of few units, with markers of one digit that have their
+/// parameters. Returns false for any other, and for a wrong one.
+bool FormatSimple(TString& result, char16_t const* text, std::size_t n, Parameters parameters)
+{
+    if (n > TemplateStops::kMaxUnits) {
+        return false;
+    }
+    std::uint64_t stops = TemplateStops::Find(text, static_cast<int>(n), u'\0');
+    char16_t const* end = text + n;
+    std::int64_t length = 0;
+    for (std::uint64_t bits = stops; bits != 0; bits &= bits - 1) {
+        char16_t const* const stop = text + __builtin_ctzll(bits);
+        if (*stop == 0) {
+            end = stop;
+            stops ^= bits; // what is behind the text
+            break;
+        }
+        bool const isSimple = end - stop > 2 && !IsDigit(stop[2]);
+        std::size_t const index = isSimple ? stop[1] - std::size_t(u'1') : parameters.size();
+        if (index >= std::min<std::size_t>(parameters.size(), 9)) {
+            return false;
+        }
+        length += static_cast<std::int64_t>(parameters.begin()[index].size()) - 2;
+    }
+    char16_t* to = result.resizeForOverwrite(TStringErrors::CheckedSum(length + (end - text)));
+    char16_t const* from = text; // what is before it has been written
+    for (; stops != 0; stops &= stops - 1) {
+        char16_t const* const percent = text + __builtin_ctzll(stops);
+        to = Write(to, from, percent);
+        std::u16string_view const parameter = parameters.begin()[percent[1] - u'1'];
+        to = Write(to, parameter.data(), parameter.data() + parameter.size());
+        from = percent + 2;
+    }
+    Write(to, from, end);
+    return true;
+}
+
 } // namespace
 
 Layout ReadTemplate(std::u16string_view text, Zero zero, TFormatString::Marker* markers)
@@ -167,15 +190,15 @@ void ThrowInsufficientParameters(std::size_t count, Layout const& layout)
         &KorErrorsError::AutoGen_0x24F8A094);
 }
 
-Layout Check(char16_t const* text, std::size_t n, TFormatString::Marker* markers)
+TString Format(char16_t const* text, std::size_t n, TFormatString::Marker* markers,
+               Parameters parameters)
 {
-    return ReadTemplate({text, n}, Zero::EndsText, markers);
-}
-
-TString Format(Layout const& layout, std::initializer_list<std::u16string_view> parameters)
-{
-    return Render(layout, parameters.size(),
-                  [&](int number) { return parameters.begin()[number - 1]; });
+    TString result;
+    if (!FormatSimple(result, text, n, parameters)) {
+        result = Render(ReadTemplate({text, n}, Zero::EndsText, markers), parameters.size(),
+                        [&](int number) { return parameters.begin()[number - 1]; });
+    }
+    return result;
 }
 
 } // namespace TFormatDetail

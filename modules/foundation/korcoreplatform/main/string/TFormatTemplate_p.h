@@ -11,6 +11,15 @@
 
 namespace TFormatDetail {
 
+/// A template that has been checked. Text and markers lie elsewhere.
+struct Layout
+{
+    std::u16string_view text;
+    TFormatString::Marker const* markers;
+    int markerCount;
+    int maxMarker;
+};
+
 /// Whether a template goes on behind a zero unit or ends before it.
 enum class Zero
 {

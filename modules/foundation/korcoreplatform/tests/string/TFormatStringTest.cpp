@@ -24,11 +24,13 @@ TString Outcome(Format const& format)
     }
 }
 
-/// `TFormat` for templates that are made at run time; they have no zero unit.
-template <class... Values>
+constexpr int kFew = 64; ///< Units of templates that may be read a short way.
+
+/// `TFormat` for templates that are made at run time, in an array of that size; they have no zero.
+template <int units, class... Values>
 TString FormatAtOnce(TString const& formatString, Values const&... values)
 {
-    char16_t literal[500] = {};
+    char16_t literal[units] = {};
     std::copy(formatString.cbegin(), formatString.cend(), literal);
     return TFormat(literal, values...);
 }
@@ -51,6 +53,8 @@ TEST(TFormatStringTest, TemplatesFormatOrFailAtOnce)
         {__LINE__, u"%0", kLeadingZero},
         {__LINE__, u"50% off", kNumberless},
         {__LINE__, u"%\x0661", kNumberless}, // a digit of another script
+        {__LINE__, u"%:", kNumberless},      // what follows '9'
+        {__LINE__, u"%1%", kIncomplete},
         {__LINE__, u"%100", kAbove99},
         {__LINE__, u"%99999999999", kAbove99},
         {__LINE__, u"100%", kIncomplete},
@@ -59,11 +63,14 @@ TEST(TFormatStringTest, TemplatesFormatOrFailAtOnce)
     };
     for (auto const& c : cases) {
         SCOPED_TRACE(c.line);
-        TString const atOnce = Outcome([&] {
-            return FormatAtOnce(c.formatString, "x", u"y", TString(u"%1"), u"", 5, 6, 7, 8, 9,
-                                "10th");
-        });
-        EXPECT_EQ(atOnce, c.expected);
+        auto const atOnce = [&](auto units) {
+            return Outcome([&] {
+                return FormatAtOnce<units>(c.formatString, "x", u"y", TString(u"%1"), u"", 5, 6, 7,
+                                           8, 9, "10th");
+            });
+        };
+        EXPECT_EQ(atOnce(std::integral_constant<int, kFew>()), c.expected);
+        EXPECT_EQ(atOnce(std::integral_constant<int, kFew + 1>()), c.expected);
         TFormatString format(u"%2!");
         format.args("x", u"y", TString(u"%1"), u"", 5, 6, 7, 8, 9, "10th");
         EXPECT_EQ(Outcome([&] { return (format = c.formatString).result(); }), c.expected);
@@ -85,6 +92,10 @@ TEST(TFormatStringTest, AMarkerIsFoundWhereverItStands)
                 std::vector<TString> const parameters(12, replacement);
                 ASSERT_EQ(TFormatString(formatString).arg(parameters).result(),
                           before + replacement + behind);
+                if (TString const r = replacement; formatString.length() <= kFew) {
+                    ASSERT_EQ(FormatAtOnce<kFew>(formatString, r, r, r, r, r, r, r, r, r, r, r, r),
+                              before + replacement + behind);
+                }
             }
         }
     }

@@ -136,7 +136,7 @@ private:
                            kPeakMark,
                            "",
                            {{"ours", {}}, {"QString", {}}}};
-        for (int round = 0; round != 3; ++round) {
+        for (int round = 0; round != 5; ++round) {
             row.contenders[0].rounds.push_back(PeakKib([&] {
                 benchmark::DoNotOptimize(TFile::LoadTextFile(TPath(TString(path)), false));
             }));

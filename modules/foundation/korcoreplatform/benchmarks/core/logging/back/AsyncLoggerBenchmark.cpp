@@ -288,7 +288,7 @@ bool Register()
             .Contender("spdlog-async", Bursts<AsyncPeer>(threads))
             .Contender("spdlog-sync", Bursts<SyncPeer>(threads))
             .Limit("bare queue", Bursts<BareQueue>(threads))
-            .Runs(5) // each has one first burst, of few milliseconds
+            .Runs(3) // each has one first burst, of some 20 ms
             .AtMost("ns/call, first burst", mark)
             .AtMost("ns/call, later bursts", mark);
     }
