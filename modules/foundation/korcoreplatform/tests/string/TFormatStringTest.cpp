@@ -92,10 +92,13 @@ TEST(TFormatStringTest, AMarkerIsFoundWhereverItStands)
                 std::vector<TString> const parameters(12, replacement);
                 ASSERT_EQ(TFormatString(formatString).arg(parameters).result(),
                           before + replacement + behind);
-                if (TString const r = replacement; formatString.length() <= kFew) {
-                    ASSERT_EQ(FormatAtOnce<kFew>(formatString, r, r, r, r, r, r, r, r, r, r, r, r),
-                              before + replacement + behind);
-                }
+                auto const atOnce = [&](auto units, TString const& r) {
+                    return FormatAtOnce<units>(formatString, r, r, r, r, r, r, r, r, r, r, r, r);
+                };
+                TString const text = formatString.length() <= kFew
+                                         ? atOnce(std::integral_constant<int, kFew>(), replacement)
+                                         : atOnce(std::integral_constant<int, 150>(), replacement);
+                ASSERT_EQ(text, before + replacement + behind);
             }
         }
     }
