@@ -13,12 +13,12 @@
 /// value's text. `View` is for a caller that formats at once; it is good as long as the argument
 /// and the value live. `Text` is for a caller that keeps it.
 ///
-/// - Texts are inserted as they are: `TString`, everything that converts to it, literals. A null
-///   pointer to characters is the empty text.
-/// - Integers are decimal, `bool` is 0 or 1, an enumerator is its number.
+/// - Texts are inserted as they are: `TString`, everything that converts to it, zero-terminated
+///   `char` (UTF-8) and `char16_t`. A null pointer to these is the empty text.
+/// - Integers but `wchar_t` and `char32_t` are decimal, `bool` is 0 or 1, an enumerator its number.
 /// - `char16_t` and `char` (Latin-1) are one character.
 /// - Floating-point numbers have six significant digits, as `TString::number` writes 'g'.
-/// - Any other pointer is its address: "0x7ffe...".
+/// - Any other pointer to an object (`wchar_t` as well) is its address: "0x7ffe...".
 namespace TFormatArgument {
 
 /// A text of the library.
