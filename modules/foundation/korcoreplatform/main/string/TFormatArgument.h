@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 /// The arguments of `TFormatString::args` and `TFormat`: `Of(value)` picks the class that holds a
 /// value's text. `View` is for a caller that formats at once; it is good as long as the argument
@@ -140,5 +141,9 @@ auto Of(Value const& value)
         return Written(static_cast<void const*>(value));
     }
 }
+
+/// Whether the value becomes a text made for the purpose, which may fail.
+template <class Value>
+constexpr bool kIsConverted = std::is_same_v<decltype(Of(std::declval<Value const&>())), OwnText>;
 
 } // namespace TFormatArgument

@@ -160,8 +160,12 @@ public:
 /// What `TFormat` is made of.
 namespace TFormatDetail {
 
-/// Formats by a template of at most `n` units that ends before its first zero.
+/// Checks a template of at most `n` units that ends before its first zero.
 /// Requires: room for n / 2 markers, which hold anything.
+KORCOREPLATFORM_EXPORT void Check(char16_t const* text, std::size_t n,
+                                  TFormatString::Marker* markers);
+
+/// Formats by such a template, which it checks first.
 KORCOREPLATFORM_EXPORT TString Format(char16_t const* text, std::size_t n,
                                       TFormatString::Marker* markers,
                                       std::initializer_list<std::u16string_view> parameters);
@@ -176,5 +180,8 @@ template <std::size_t n, class... Values>
 TString TFormat(char16_t const (&literal)[n], Values const&... values)
 {
     TFormatString::Marker markers[n / 2 + 1];
+    if constexpr ((TFormatArgument::kIsConverted<Values> || ...)) {
+        TFormatDetail::Check(literal, n, markers); // fails before a conversion does
+    }
     return TFormatDetail::Format(literal, n, markers, {TFormatArgument::Of(values).View()...});
 }

@@ -190,6 +190,11 @@ void ThrowInsufficientParameters(std::size_t count, Layout const& layout)
         &KorErrorsError::AutoGen_0x24F8A094);
 }
 
+void Check(char16_t const* text, std::size_t n, TFormatString::Marker* markers)
+{
+    ReadTemplate({text, n}, Zero::EndsText, markers);
+}
+
 TString Format(char16_t const* text, std::size_t n, TFormatString::Marker* markers,
                Parameters parameters)
 {

@@ -119,6 +119,14 @@ TEST(TFormatStringTest, MissingParametersAreToldAndLeaveTheObjectUsable)
     EXPECT_EQ(partial.GetMessagesFront(), u"a, %2");
 }
 
+TEST(TFormatStringTest, ErrorsOfTheTemplateComeBeforeThoseOfValues)
+{
+    TFormatString const failing(u"%1"); // its conversion to a text fails
+    EXPECT_EQ(Outcome([&] { return TFormat(u"50% off", failing); }), kNumberless);
+    EXPECT_EQ(Outcome([&] { return TFormat(u"%2%", 1, failing); }), kIncomplete);
+    EXPECT_EQ(Outcome([&] { return TFormat(u"100%%", failing); }), u"0x24F8A094");
+}
+
 TEST(TFormatStringTest, FieldsArePadded)
 {
     auto const one = [] { return TFormatString(u"%1"); };
