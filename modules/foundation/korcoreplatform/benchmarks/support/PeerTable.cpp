@@ -11,11 +11,17 @@
 namespace PeerTable {
 namespace {
 
-/// The rows in the order of their registration, still without figures.
-std::vector<Report::Row>& Rows()
+struct Entry
 {
-    static std::vector<Report::Row> s_rows;
-    return s_rows;
+    Report::Row row; ///< Still without figures.
+    int runsPerRound = 1;
+};
+
+/// In the order of their registration.
+std::vector<Entry>& Entries()
+{
+    static std::vector<Entry> s_entries;
+    return s_entries;
 }
 
 std::string NameOf(Report::Row const& row, std::string const& who)
@@ -60,8 +66,8 @@ std::string Escaped(std::string const& text)
     return std::regex_replace(text, std::regex(R"([.^$|()[\]{}*+?\\])"), R"(\$&)");
 }
 
-/// Adds a round to each task of the row.
-void RunRound(Report::Row& row)
+/// Adds a time to each task of the row.
+void RunOnce(Report::Row& row)
 {
     Collector collector;
     benchmark::RunSpecifiedBenchmarks(&collector, '^' + Escaped(NameOf(row, "")));
@@ -74,9 +80,9 @@ void RunRound(Report::Row& row)
 
 } // namespace
 
-Row::Row(std::string const& name, double mark) : m_index(Rows().size())
+Row::Row(std::string const& name, double mark) : m_index(Entries().size())
 {
-    Rows().push_back({name, "ns", "less", mark, ""});
+    Entries().push_back({{name, "ns", "less", mark, ""}});
 }
 
 Row& Row::Ours(Task task)
@@ -86,27 +92,33 @@ Row& Row::Ours(Task task)
 
 Row& Row::Peer(std::string const& peer, Task task)
 {
-    Report::Row& row = Rows()[m_index];
+    Report::Row& row = Entries()[m_index].row;
     Register(row, row.contenders, peer, std::move(task));
     return *this;
 }
 
 Row& Row::Limit(std::string const& name, Task task)
 {
-    Report::Row& row = Rows()[m_index];
+    Report::Row& row = Entries()[m_index].row;
     Register(row, row.limit, name, std::move(task));
+    return *this;
+}
+
+Row& Row::Runs(int perRound)
+{
+    Entries()[m_index].runsPerRound = perRound;
     return *this;
 }
 
 Row& Row::At(std::string const& plot, std::string const& curve, double x)
 {
-    Rows()[m_index].point = {plot, curve, x};
+    Entries()[m_index].row.point = {plot, curve, x};
     return *this;
 }
 
 bool TakeArguments(std::string program, std::vector<std::string> const& arguments)
 {
-    // What the tasks of a row do in a round, in random order. A round counts the median.
+    // What the tasks of a row do in a run, in random order. A run counts the median.
     std::vector<std::string> all = {std::move(program), "--benchmark_repetitions=3",
                                     "--benchmark_enable_random_interleaving=true",
                                     "--benchmark_min_time=0.01"};
@@ -123,16 +135,18 @@ bool TakeArguments(std::string program, std::vector<std::string> const& argument
 
 void RunAll(std::regex const& filter, int rounds)
 {
-    std::vector<Report::Row> chosen;
-    std::copy_if(Rows().begin(), Rows().end(), std::back_inserter(chosen),
-                 [&](Report::Row const& row) { return std::regex_search(row.name, filter); });
+    std::vector<Entry> chosen;
+    std::copy_if(Entries().begin(), Entries().end(), std::back_inserter(chosen),
+                 [&](Entry const& entry) { return std::regex_search(entry.row.name, filter); });
     for (int round = 0; round < rounds; ++round) {
-        for (Report::Row& row : chosen) {
-            RunRound(row);
+        for (Entry& entry : chosen) {
+            for (int run = 0; run < entry.runsPerRound; ++run) {
+                RunOnce(entry.row);
+            }
         }
     }
-    for (Report::Row& row : chosen) {
-        Report::Add(std::move(row));
+    for (Entry& entry : chosen) {
+        Report::Add(std::move(entry.row));
     }
 }
 

@@ -36,6 +36,10 @@ public:
     /// most one.
     Row& Limit(std::string const& name, Task task);
 
+    /// So many runs of each task make a round, each with a ratio of its own: for tasks whose time
+    /// varies.
+    Row& Runs(int perRound);
+
     /// Where the row stands in a plot: on the curve of that name, at `x`.
     Row& At(std::string const& plot, std::string const& curve, double x);
 

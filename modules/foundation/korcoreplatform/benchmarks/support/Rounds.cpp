@@ -1,5 +1,7 @@
 #include "korcoreplatform/benchmarks/support/Rounds.h"
 
+#include <benchmark/benchmark.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -35,6 +37,7 @@ struct Entry
     std::vector<std::pair<std::string, Task>> limit; ///< One or none.
     std::vector<Shown> shown;
     int runsPerRound = 1;
+    std::size_t heldBytes = 0;
 };
 
 /// In the order of their registration. A scenario that is being described is the last one.
@@ -126,6 +129,8 @@ using Results = std::map<std::string, std::map<std::string, std::vector<double>>
 
 Results RunRounds(Entry const& entry, Settings const& settings)
 {
+    std::vector<char> held(entry.heldBytes, 'x');
+    benchmark::DoNotOptimize(held.data());
     Results results;
     int const records = std::min(entry.records, settings.records);
     for (int run = 0; run < settings.rounds * entry.runsPerRound; ++run) {
@@ -185,6 +190,12 @@ Scenario& Scenario::Limit(std::string name, Task task)
 Scenario& Scenario::Runs(int perRound)
 {
     Entries().back().runsPerRound = perRound;
+    return *this;
+}
+
+Scenario& Scenario::Holding(std::size_t bytes)
+{
+    Entries().back().heldBytes = bytes;
     return *this;
 }
 

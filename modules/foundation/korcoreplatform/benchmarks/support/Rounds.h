@@ -5,6 +5,7 @@
 
 #include "korcoreplatform/benchmarks/support/Report.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <limits>
@@ -51,6 +52,9 @@ public:
     /// So many runs of each task make a round, each with a ratio of its own: for tasks that are
     /// over soon.
     Scenario& Runs(int perRound);
+
+    /// So many bytes of memory are there, touched, when a run begins.
+    Scenario& Holding(std::size_t bytes);
 
     Scenario& AtLeast(std::string measure, double mark);
     Scenario& AtMost(std::string measure, double mark);
