@@ -1,7 +1,7 @@
 // Whole files beside QFile, and the memory that loading a text takes at its peak.
 
 #include "korcoreplatform/benchmarks/support/PeerTable.h"
-#include "korcoreplatform/benchmarks/support/Report.h"
+#include "korcoreplatform/benchmarks/support/Rounds.h"
 #include "korcoreplatform/benchmarks/support/SampleTexts.h"
 #include "korcoreplatform/main/core/files/TFile.h"
 #include "korcoreplatform/main/core/files/TPath.h"
@@ -12,7 +12,9 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <cstddef>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
@@ -20,7 +22,6 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -28,26 +29,34 @@ namespace {
 using PeerTable::Repeat;
 using PeerTable::Row;
 
-constexpr int kFileBytes = 64 * 1024 * 1024;
-constexpr double kPeakMark = 0.70;
+constexpr std::size_t kFileBytes = 64 * 1024 * 1024;
+constexpr char kPeak[] = "peak memory, KiB";
+
+std::string AsciiText()
+{
+    return TString(SampleTexts::Words(100000).c_str()).toStdString();
+}
 
 /// Mostly ASCII, with an accent here and there and some words of other scripts.
 std::string MixedText()
 {
-    std::string const block =
-        (TString(SampleTexts::Words(3500).c_str()) + TString(SampleTexts::Latin(400).c_str()) +
-         TString(SampleTexts::Cyrillic(80).c_str()) + TString(SampleTexts::Chinese(20).c_str()))
-            .toStdString();
-    std::string text;
-    while (text.size() < kFileBytes) {
-        text += block;
-    }
-    return text;
+    return (TString(SampleTexts::Words(3500).c_str()) + TString(SampleTexts::Latin(400).c_str()) +
+            TString(SampleTexts::Cyrillic(80).c_str()) + TString(SampleTexts::Chinese(20).c_str()))
+        .toStdString();
 }
 
-std::string AsciiText()
+/// Fills a file with the same text again and again.
+void WriteFile(std::filesystem::path const& path, std::string const& text)
 {
-    return TString(SampleTexts::Words(kFileBytes).c_str(), kFileBytes).toStdString();
+    std::ofstream file(path, std::ios::binary);
+    for (std::size_t size = 0; size < kFileBytes; size += text.size()) {
+        file << text;
+    }
+}
+
+TPath PathOf(QString const& path)
+{
+    return TPath(TString(path));
 }
 
 QByteArray ReadAll(QString const& path)
@@ -74,28 +83,17 @@ long StatusKib(std::string const& key)
     return 0;
 }
 
-/// What `load` adds to the resident memory at its peak, in KiB, found out in a process of its own.
-double PeakKib(std::function<void()> const& load)
+/// What `load` adds to the resident memory at its peak when it is given a file of such a text.
+Rounds::Task AddedMemory(std::string const& text, std::function<void(QString const&)> const& load)
 {
-    int ends[2];
-    if (::pipe(ends) != 0) {
-        return 0;
-    }
-    pid_t const child = ::fork();
-    if (child == 0) {
+    return [=](Rounds::Run const& run) {
+        std::filesystem::path const file = run.folder / "text";
+        WriteFile(file, text);
+        QString const path = QString::fromStdString(file.string());
         long const before = StatusKib("VmRSS:");
-        load();
-        long const peak = StatusKib("VmHWM:") - before;
-        ::_exit(::write(ends[1], &peak, sizeof(peak)) == sizeof(peak) ? 0 : 1);
-    }
-    long peak = 0;
-    if (::read(ends[0], &peak, sizeof(peak)) != sizeof(peak)) {
-        peak = 0;
-    }
-    ::waitpid(child, nullptr, 0);
-    ::close(ends[0]);
-    ::close(ends[1]);
-    return static_cast<double>(peak);
+        load(path);
+        return Rounds::Measures{{kPeak, static_cast<double>(StatusKib("VmHWM:") - before)}};
+    };
 }
 
 /// Files in a folder that goes with the program.
@@ -104,7 +102,7 @@ class SampleFiles
     QTemporaryDir m_folder; // before what lies in it
 
 public:
-    /// Made when first asked for, which also reports how much memory it takes to load them.
+    /// Made when first asked for.
     static SampleFiles const& Get()
     {
         static SampleFiles const s_files;
@@ -117,33 +115,8 @@ public:
 private:
     SampleFiles() : ascii(m_folder.filePath("ascii")), mixed(m_folder.filePath("mixed"))
     {
-        Write(ascii, AsciiText());
-        Write(mixed, MixedText());
-        AddPeaks("ASCII", ascii);
-        AddPeaks("mixed", mixed);
-    }
-
-    static void Write(QString const& path, std::string const& text)
-    {
-        std::ofstream(path.toStdString(), std::ios::binary) << text;
-    }
-
-    static void AddPeaks(char const* name, QString const& path)
-    {
-        Report::Row row = {std::string("load 64 MiB of ") + name + " text, peak memory",
-                           "KiB",
-                           "less",
-                           kPeakMark,
-                           "",
-                           {{"ours", {}}, {"QString", {}}}};
-        for (int round = 0; round != 5; ++round) {
-            row.contenders[0].rounds.push_back(PeakKib([&] {
-                benchmark::DoNotOptimize(TFile::LoadTextFile(TPath(TString(path)), false));
-            }));
-            row.contenders[1].rounds.push_back(
-                PeakKib([&] { benchmark::DoNotOptimize(ReadText(path)); }));
-        }
-        Report::Add(std::move(row));
+        WriteFile(ascii.toStdString(), AsciiText());
+        WriteFile(mixed.toStdString(), MixedText());
     }
 };
 
@@ -162,13 +135,24 @@ PeerTable::Task SystemRead(QString SampleFiles::*file)
     };
 }
 
-TPath PathOf(QString const& path)
+void MemoryOf(char const* name, std::string const& text)
 {
-    return TPath(TString(path));
+    Rounds::Scenario(std::string("load 64 MiB of ") + name + " text", 1)
+        .Contender("ours", AddedMemory(text,
+                                       [](QString const& path) {
+                                           benchmark::DoNotOptimize(
+                                               TFile::LoadTextFile(PathOf(path), false));
+                                       }))
+        .Contender("QString",
+                   AddedMemory(
+                       text, [](QString const& path) { benchmark::DoNotOptimize(ReadText(path)); }))
+        .AtMost(kPeak, 0.7);
 }
 
 bool WholeFiles()
 {
+    MemoryOf("ASCII", AsciiText());
+    MemoryOf("mixed", MixedText());
     Row("load 64 MiB of ASCII text", 0.75)
         .Ours([](benchmark::State& state) {
             TPath const path = PathOf(SampleFiles::Get().ascii);
