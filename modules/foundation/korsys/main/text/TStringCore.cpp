@@ -117,6 +117,14 @@ TStringCore Interleaved(TStringCore const& units, TStringCore const& text)
 
 void TStringCore::construct(char16_t const* text, int len)
 {
+    if (len == -1 && text != nullptr) { // as most texts are given
+        std::size_t const n = TextConversion::Length(text);
+        if (n <= kShortCapacity) {
+            assignShort(text, static_cast<int>(n));
+            return;
+        }
+        len = static_cast<int>(std::min<std::size_t>(n, INT32_MAX));
+    }
     int const n = CheckedLength(text, len);
     if (n <= kShortCapacity) {
         assignShort(text, n);

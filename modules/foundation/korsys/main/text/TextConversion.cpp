@@ -289,9 +289,4 @@ bool IsAscii(char16_t const* text, std::size_t n)
     return BestKernels().isAsciiUnits(text, n);
 }
 
-std::size_t Length(char16_t const* zeroTerminated)
-{
-    return BestKernels().length(zeroTerminated);
-}
-
 } // namespace TextConversion

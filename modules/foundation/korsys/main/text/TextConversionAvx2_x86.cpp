@@ -105,34 +105,28 @@ KOR_AVX2 std::size_t CountPairsAvx2(char16_t const* from, std::size_t n)
     return pairBytes / 2 + kScalarKernels.countPairs(from + i, n - i);
 }
 
-/// A bit for each byte of a line that belongs to a zero unit, the first byte's lowest.
-KOR_READS_LINES KOR_AVX2 inline std::uint64_t ZeroBytesOfLine(__m256i const* line)
+/// A bit for each byte of a block that belongs to a zero unit, the first byte's lowest.
+KOR_READS_BLOCKS KOR_AVX2 inline std::uint32_t ZeroBytes(__m256i const* block)
 {
-    __m256i const zero = _mm256_setzero_si256();
-    int const low = _mm256_movemask_epi8(_mm256_cmpeq_epi16(line[0], zero));
-    int const high = _mm256_movemask_epi8(_mm256_cmpeq_epi16(line[1], zero));
-    constexpr std::size_t kBitsOfBlock = kBlock; // one a byte
-    return std::uint64_t(static_cast<std::uint32_t>(high)) << kBitsOfBlock |
-           static_cast<std::uint32_t>(low);
+    __m256i const zeros = _mm256_cmpeq_epi16(*block, _mm256_setzero_si256());
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(zeros));
 }
 
-KOR_READS_LINES KOR_AVX2 std::size_t LengthAvx2(char16_t const* zeroTerminated)
+KOR_READS_BLOCKS KOR_AVX2 std::size_t LengthAvx2(char16_t const* zeroTerminated)
 {
     auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
-    std::size_t const before = address % kLineBytes;
-    auto const* const firstLine = reinterpret_cast<__m256i const*>(address - before);
-    std::uint64_t zeros = ZeroBytesOfLine(firstLine) >> before;
+    std::size_t const before = address % kBlock;
+    auto const* block = reinterpret_cast<__m256i const*>(address - before);
+    std::uint32_t zeros = ZeroBytes(block) >> before;
     if (zeros != 0) {
-        return static_cast<std::size_t>(__builtin_ctzll(zeros)) / sizeof(char16_t);
+        return static_cast<std::size_t>(__builtin_ctz(zeros)) / sizeof(char16_t);
     }
-    auto const* line = firstLine;
     do {
-        line += kLineBytes / kBlock;
-        zeros = ZeroBytesOfLine(line);
+        zeros = ZeroBytes(++block);
     } while (zeros == 0);
-    std::size_t const bytes = static_cast<std::size_t>(line - firstLine) * kBlock +
-                              static_cast<std::size_t>(__builtin_ctzll(zeros));
-    return (bytes - before) / sizeof(char16_t);
+    auto const* const end = reinterpret_cast<char const*>(block) + __builtin_ctz(zeros);
+    return static_cast<std::size_t>(end - reinterpret_cast<char const*>(zeroTerminated)) /
+           sizeof(char16_t);
 }
 
 } // namespace

@@ -47,12 +47,10 @@ struct Kernels
     std::size_t (*length)(char16_t const* zeroTerminated);
 };
 
-/// How the versions that seek a zero by whole cache lines are marked. A line never touches a page
-/// that the text does not, but may begin before the text and end behind it, which sanitizers must
-/// not watch.
-#define KOR_READS_LINES __attribute__((no_sanitize_address, no_sanitize_thread))
-
-constexpr std::size_t kLineBytes = 64;
+/// How the versions that seek a zero by aligned blocks are marked. A block that is read holds a
+/// unit of the text, and so touches no page that the text does not, but may begin before the text
+/// and end behind it, which sanitizers must not watch.
+#define KOR_READS_BLOCKS __attribute__((no_sanitize_address, no_sanitize_thread))
 
 /// The fastest version that this processor runs.
 Kernels const& BestKernels();

@@ -238,43 +238,28 @@ bool IsAsciiSse2(char16_t const* text, std::size_t n)
     return n - i < kBlockUnits && kScalarKernels.isAsciiUnits(text + i, n - i);
 }
 
-/// Which units of a block are zero.
-KOR_READS_LINES inline __m128i ZerosOf(__m128i const* block)
+/// A bit for each byte of a block that belongs to a zero unit, the first byte's lowest.
+KOR_READS_BLOCKS inline unsigned ZeroBytes(__m128i const* block)
 {
-    return _mm_cmpeq_epi16(*block, _mm_setzero_si128());
+    __m128i const zeros = _mm_cmpeq_epi16(*block, _mm_setzero_si128());
+    return static_cast<unsigned>(_mm_movemask_epi8(zeros));
 }
 
-/// A bit for each unit of a line that is zero, the first unit's lowest.
-KOR_READS_LINES inline unsigned ZerosOfLine(__m128i const* line)
-{
-    auto const low = _mm_packs_epi16(ZerosOf(line), ZerosOf(line + 1));
-    auto const high = _mm_packs_epi16(ZerosOf(line + 2), ZerosOf(line + 3));
-    return static_cast<unsigned>(_mm_movemask_epi8(low)) |
-           static_cast<unsigned>(_mm_movemask_epi8(high)) << 16;
-}
-
-KOR_READS_LINES inline bool HasZero(__m128i const* line)
-{
-    __m128i const any = _mm_or_si128(_mm_or_si128(ZerosOf(line), ZerosOf(line + 1)),
-                                     _mm_or_si128(ZerosOf(line + 2), ZerosOf(line + 3)));
-    return _mm_movemask_epi8(any) != 0;
-}
-
-KOR_READS_LINES std::size_t LengthSse2(char16_t const* zeroTerminated)
+KOR_READS_BLOCKS std::size_t LengthSse2(char16_t const* zeroTerminated)
 {
     auto const address = reinterpret_cast<std::uintptr_t>(zeroTerminated);
-    std::size_t const before = address % kLineBytes / sizeof(char16_t);
-    auto const* const firstLine = reinterpret_cast<__m128i const*>(address - address % kLineBytes);
-    unsigned const first = ZerosOfLine(firstLine) >> before;
-    if (first != 0) {
-        return static_cast<std::size_t>(__builtin_ctz(first));
+    std::size_t const before = address % kBlock;
+    auto const* block = reinterpret_cast<__m128i const*>(address - before);
+    unsigned zeros = ZeroBytes(block) >> before;
+    if (zeros != 0) {
+        return static_cast<std::size_t>(__builtin_ctz(zeros)) / sizeof(char16_t);
     }
-    auto const* line = firstLine;
     do {
-        line += kLineBytes / kBlock;
-    } while (!HasZero(line));
-    auto const units = static_cast<std::size_t>(line - firstLine) * kBlockUnits;
-    return units - before + static_cast<std::size_t>(__builtin_ctz(ZerosOfLine(line)));
+        zeros = ZeroBytes(++block);
+    } while (zeros == 0);
+    auto const* const end = reinterpret_cast<char const*>(block) + __builtin_ctz(zeros);
+    return static_cast<std::size_t>(end - reinterpret_cast<char const*>(zeroTerminated)) /
+           sizeof(char16_t);
 }
 
 } // namespace

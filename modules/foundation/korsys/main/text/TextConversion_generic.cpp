@@ -1,4 +1,5 @@
 #include "korsys/main/text/TextConversionKernels_p.h"
+#include "korsys/main/text/TextConversion_p.h"
 
 namespace TextConversion {
 
@@ -10,6 +11,11 @@ Kernels const& BestKernels()
 std::vector<Kernels const*> UsableKernels()
 {
     return {&kScalarKernels};
+}
+
+std::size_t Length(char16_t const* zeroTerminated)
+{
+    return kScalarKernels.length(zeroTerminated);
 }
 
 } // namespace TextConversion

@@ -1,4 +1,5 @@
 #include "korsys/main/text/TextConversionX86_p.h"
+#include "korsys/main/text/TextConversion_p.h"
 
 namespace TextConversion {
 namespace {
@@ -22,6 +23,12 @@ std::vector<Kernels const*> UsableKernels()
         usable.push_back(&kAvx2Kernels);
     }
     return usable;
+}
+
+// Beside the choice: it is asked about texts so short that a call would count.
+std::size_t Length(char16_t const* zeroTerminated)
+{
+    return BestKernels().length(zeroTerminated);
 }
 
 } // namespace TextConversion
