@@ -144,7 +144,7 @@ def run(options, programs):
 
 def rounds_text(kept):
     most = max(len(row["ours"]["rounds"]) for row in kept["rows"])
-    return f"{kept['rounds']} rounds" if most == kept["rounds"] else f"{kept['rounds']} to {most} rounds"
+    return f"{kept['rounds']} rounds, up to {most} runs of a task,"
 
 
 def heading(kept):

@@ -229,6 +229,7 @@ bool AppendAndConcatenate()
                }));
     Texts const ten(SampleTexts::Words(10));
     Row("append ten units up to 1000", 1.0)
+        .Runs(4) // the mark is near
         .Ours(Repeat([ten] {
             TString s;
             for (int i = 0; i < 100; ++i) {

@@ -177,18 +177,21 @@ PeerTable::Task CopyOf(std::size_t bytesReadAndWritten)
 
 void Utf8Rows(std::string const& name, std::u16string const& units, double mark)
 {
+    int const runs = units.size() > 1000 ? 4 : 1; // how fast memory is varies most
     TString const ours = TString::fromStdU16String(units);
     QString const qt = QString::fromStdU16String(units);
     icu::UnicodeString const icu(units.data(), int32_t(units.size()));
     std::string const bytes = ours.toStdString();
     std::size_t const moved = bytes.size() + units.size() * sizeof(char16_t);
     Row("fromUtf8 " + name, mark)
+        .Runs(runs)
         .Ours(Repeat([bytes] { return TString::fromUtf8(bytes.data(), int(bytes.size())); }))
         .Peer("QString",
               Repeat([bytes] { return QString::fromUtf8(bytes.data(), int(bytes.size())); }))
         .Peer("ICU", Repeat([bytes] { return icu::UnicodeString::fromUTF8(bytes); }))
         .Limit("memcpy", CopyOf(moved));
     Row("toUtf8 " + name, mark)
+        .Runs(runs)
         .Ours(Repeat([ours] { return ours.toStdString(); }))
         .Peer("QString", Repeat([qt] { return qt.toUtf8(); }))
         .Peer("ICU", Repeat([icu] {

@@ -37,7 +37,7 @@ using Task = std::function<Measures(Run const&)>;
 ///
 /// A task measures what all rows of the scenario show, and may measure more. Marks are about the
 /// ratio of the first contender to the second. Every run is a process of its own, so that none
-/// inherits memory or threads, and `Usage` is of that run alone.
+/// inherits memory (but that of `Holding`) or threads, and `Usage` is of that run alone.
 class Scenario
 {
 public:
@@ -53,7 +53,7 @@ public:
     /// over soon.
     Scenario& Runs(int perRound);
 
-    /// So many bytes of memory are there, touched, when a run begins.
+    /// So many bytes are there, touched before the first run and part of each.
     Scenario& Holding(std::size_t bytes);
 
     Scenario& AtLeast(std::string measure, double mark);

@@ -142,8 +142,9 @@ auto Of(Value const& value)
     }
 }
 
-/// Whether the value becomes a text made for the purpose, which may fail.
+/// Whether the value becomes a text by what its class says, which may fail.
 template <class Value>
-constexpr bool kIsConverted = std::is_same_v<decltype(Of(std::declval<Value const&>())), OwnText>;
+constexpr bool kConvertsItself =
+    std::is_class_v<Value>&& std::is_same_v<decltype(Of(std::declval<Value const&>())), OwnText>;
 
 } // namespace TFormatArgument

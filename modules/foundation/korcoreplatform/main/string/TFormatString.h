@@ -180,17 +180,8 @@ template <std::size_t n, class... Values>
 TString TFormat(char16_t const (&literal)[n], Values const&... values)
 {
     TFormatString::Marker markers[n / 2 + 1];
-    auto const format = [&] {
-        return TFormatDetail::Format(literal, n, markers, {TFormatArgument::Of(values).View()...});
-    };
-    if constexpr ((TFormatArgument::kIsConverted<Values> || ...)) {
-        try {
-            return format();
-        } catch (...) { // a conversion may have failed: an error of the template comes first
-            TFormatDetail::Check(literal, n, markers);
-            throw;
-        }
-    } else {
-        return format();
+    if constexpr ((TFormatArgument::kConvertsItself<Values> || ...)) {
+        TFormatDetail::Check(literal, n, markers); // fails before a value does
     }
+    return TFormatDetail::Format(literal, n, markers, {TFormatArgument::Of(values).View()...});
 }

@@ -117,7 +117,8 @@ TStringCore Interleaved(TStringCore const& units, TStringCore const& text)
 
 void TStringCore::construct(char16_t const* text, int len)
 {
-    if (len == -1 && text != nullptr) { // as most texts are given
+    // Most texts are given like this: nothing more is asked before a short one is copied.
+    if (len == -1 && text != nullptr) {
         std::size_t const n = TextConversion::Length(text);
         if (n <= kShortCapacity) {
             assignShort(text, static_cast<int>(n));

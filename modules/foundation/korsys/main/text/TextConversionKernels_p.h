@@ -48,8 +48,8 @@ struct Kernels
 };
 
 /// How the versions that seek a zero by aligned blocks are marked. A block that is read holds a
-/// unit of the text, and so touches no page that the text does not, but may begin before the text
-/// and end behind it, which sanitizers must not watch.
+/// unit of the text or its zero, and so touches no page that these do not, but may begin before the
+/// text and end behind it, which sanitizers must not watch.
 #define KOR_READS_BLOCKS __attribute__((no_sanitize_address, no_sanitize_thread))
 
 /// The fastest version that this processor runs.

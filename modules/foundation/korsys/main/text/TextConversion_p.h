@@ -7,10 +7,11 @@
 #include <cstddef>
 #include <string>
 
-/// Nothing here allocates except `ToUtf8`, nothing throws except for want of
-/// memory, and no byte outside the given ranges is read or written. Lengths are in elements of the
-/// pointer that stands before them: bytes, 16-bit units or 32-bit code points. A pointer may be
-/// null when its length is 0. Embedded zeros and byte order marks are ordinary characters.
+/// Nothing here allocates except `ToUtf8`, nothing throws except for want of memory, and no byte
+/// outside the given ranges is read or written, except that `Length` reads some beside the text.
+/// Lengths are in elements of the pointer that stands before them: bytes, 16-bit units or 32-bit
+/// code points. A pointer may be null when its length is 0. Embedded zeros and byte order marks are
+/// ordinary characters.
 ///
 /// Conversion never fails. What cannot be converted is replaced:
 /// - U+FFFD stands for each maximal ill-formed part of UTF-8: the bytes that begin a character but

@@ -25,7 +25,7 @@ std::vector<Kernels const*> UsableKernels()
     return usable;
 }
 
-// Beside the choice: it is asked about texts so short that a call would count.
+// Here, where the choice is seen: texts may be so short that a call for it would be felt.
 std::size_t Length(char16_t const* zeroTerminated)
 {
     return BestKernels().length(zeroTerminated);
