@@ -1,12 +1,17 @@
 #include "korsys/main/text/TextConversion_p.h"
 
+#include "korsys/main/text/TStringCore.h"
 #include "korsys/tests/support/TextConversionChecks.h"
 #include "korsys/tests/support/TextPeers.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
 #include <tuple>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 using TextConversion::Kernels;
 
@@ -175,6 +180,26 @@ TEST(TextConversionTest, LengthStopsAtTheFirstZeroUnit)
             }
         }
     }
+}
+
+TEST(TextConversionTest, LengthReadsNoPageBehindTheText)
+{
+    auto const pageBytes = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    void* const pages =
+        ::mmap(nullptr, 2 * pageBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    char* const end = static_cast<char*>(pages) + pageBytes;
+    ASSERT_EQ(::mprotect(end, pageBytes, PROT_NONE), 0);
+    auto* const zero = reinterpret_cast<char16_t*>(end) - 1;
+    std::fill_n(zero - 50, 50, u'a');
+    *zero = 0;
+    for (std::size_t n = 0; n <= 50; ++n) {
+        for (Kernels const* kernels : TextConversion::UsableKernels()) {
+            ASSERT_EQ(kernels->length(zero - n), n) << kernels->name;
+        }
+        ASSERT_EQ(TStringCore(zero - n), TStringCore(u'a', static_cast<int>(n)));
+    }
+    ::munmap(pages, 2 * pageBytes);
 }
 
 } // namespace
