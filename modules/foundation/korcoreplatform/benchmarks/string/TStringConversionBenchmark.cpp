@@ -45,7 +45,7 @@ PeerTable::Task ForEach(std::vector<Value> const& values, Use use)
     return Repeat([ring = Ring<Value>(values), use]() mutable { return use(ring.next()); });
 }
 
-// So many that no branch predictor knows the next one; some learn half of 4096.
+// So many that no branch predictor learns their order; that of 4096 is learnt in part.
 constexpr std::size_t kValues = 16384;
 
 std::vector<int> Integers()

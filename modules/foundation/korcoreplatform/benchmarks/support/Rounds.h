@@ -50,7 +50,7 @@ public:
     Scenario& Limit(std::string name, Task task);
 
     /// So many runs of each task make a round, each with a ratio of its own: for tasks that are
-    /// over soon.
+    /// over soon, or whose time varies.
     Scenario& Runs(int perRound);
 
     /// So many bytes are there, touched before the first run and part of each.

@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,10 +49,13 @@ std::string MixedText()
 /// Fills a file with the same text again and again.
 void WriteFile(std::filesystem::path const& path, std::string const& text)
 {
-    std::ofstream file(path, std::ios::binary);
+    std::ofstream file;
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+    file.open(path, std::ios::binary);
     for (std::size_t size = 0; size < kFileBytes; size += text.size()) {
         file << text;
     }
+    file.close();
 }
 
 TPath PathOf(QString const& path)
@@ -62,7 +66,10 @@ TPath PathOf(QString const& path)
 QByteArray ReadAll(QString const& path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    if (!file.open(QIODevice::ReadOnly)) {
+        throw std::runtime_error("cannot read " + path.toStdString());
+    }
+    return file.readAll();
 }
 
 QString ReadText(QString const& path)

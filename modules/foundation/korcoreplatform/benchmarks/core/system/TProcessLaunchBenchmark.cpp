@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -44,7 +45,12 @@ std::string Ours(std::string const& program, bool isToSpeak)
     if (isToSpeak) {
         arguments.emplace_back(u"hello");
     }
-    return TProcessLaunch(TString::fromStdString(program), arguments).Run().output;
+    TProcessLaunch::Result result =
+        TProcessLaunch(TString::fromStdString(program), arguments).Run();
+    if (!result.Succeeded()) {
+        throw std::runtime_error("cannot run " + program);
+    }
+    return std::move(result.output);
 }
 
 std::string Qt(std::string const& program, bool isToSpeak)
@@ -52,7 +58,10 @@ std::string Qt(std::string const& program, bool isToSpeak)
     QProcess process;
     process.start(QString::fromStdString(program),
                   isToSpeak ? QStringList{QStringLiteral("hello")} : QStringList());
-    process.waitForFinished(-1);
+    if (!process.waitForFinished(-1) || process.exitStatus() != QProcess::NormalExit ||
+        process.exitCode() != 0) {
+        throw std::runtime_error("cannot run " + program);
+    }
     return process.readAllStandardOutput().toStdString();
 }
 
